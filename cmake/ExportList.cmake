@@ -1,0 +1,15 @@
+# SPDX-License-Identifier: Apache-2.0
+# Makes a linker version script from a sorted list of symbols: those are exported, all else is local.
+# There is no version node, so the names stay plain.
+function(pwrmgt_export_list target list)
+    set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS "${list}")
+    file(STRINGS "${list}" symbols REGEX "^[^#]")
+    list(TRANSFORM symbols PREPEND "        ")
+    list(TRANSFORM symbols APPEND ";")
+    list(JOIN symbols "\n" lines)
+    set(script "${CMAKE_CURRENT_BINARY_DIR}/${target}.map")
+    file(CONFIGURE OUTPUT "${script}" CONTENT "{\n    global:\n${lines}\n    local:\n        *;\n};\n" @ONLY)
+    target_link_options(${target} PRIVATE "-Wl,--version-script=${script}")
+    set_target_properties(${target} PROPERTIES LINK_DEPENDS "${script}" CXX_VISIBILITY_PRESET hidden
+                                               C_VISIBILITY_PRESET hidden VISIBILITY_INLINES_HIDDEN ON)
+endfunction()
