@@ -1,0 +1,624 @@
+/* SPDX-License-Identifier: Apache-2.0 */
+/**
+ * @file
+ * Power and thermal data of a server, as its management controller keeps it.
+ *
+ * The library stores real-time readings and rolling 24-hour histories in the
+ * tables of one database, `vek_pwr_db`, folds them into averages, maxima and
+ * minima when they are asked for, and exchanges settings and live readings
+ * with the platform firmware.
+ *
+ * Two kinds of callers: the power-management daemon hands a connection of its
+ * own to the writers, one call at a time; front ends call the queries and
+ * settings, each of which opens and closes its own connection.
+ *
+ * Conventions
+ * - Every function returns a 32-bit status, 0 for success, unless it says
+ *   otherwise. One number can carry several causes; each function lists its
+ *   own, in the order in which they are tested.
+ * - Watts, percent and seconds since the epoch. 65535 is no power reading,
+ *   255 no percentage. A missing reading is never 0.
+ * - Histories hold one row per 30 seconds. Results come newest first.
+ * - A pointer that a function does not say it tests may still be null: the
+ *   call then does everything else and writes nothing through it.
+ * - Nothing is allocated for the caller; there is nothing to free. No
+ *   function throws; an exception of a platform function passes through
+ *   after handles are given back.
+ * - No locks and no threads. Writers rely on one caller at a time; queries may
+ *   run in several threads and processes at once.
+ */
+#pragma once
+
+#include <stdint.h>
+
+#define PWRMGT_API __attribute__((visibility("default")))
+
+#ifdef __cplusplus
+extern "C" {
+#endif
+
+/* ------------------------------------------------------------------------
+ * Constants
+ * ------------------------------------------------------------------------ */
+
+/** Values that stand for "no reading", and limits of the queries. */
+enum {
+    PWRMGT_NO_POWER = 65535,         /**< no valid power reading, or a limit that is not set */
+    PWRMGT_NO_PERCENT = 255,         /**< no valid percentage */
+    PWRMGT_POLICY_UNREAD = 255,      /**< #g_power_policy_flag before the first read */
+    PWRMGT_RING_SLOTS = 2880,        /**< slots of the 24-hour ring, numbered 0..2879 */
+    PWRMGT_SLOT_SECONDS = 30,        /**< seconds per slot */
+    PWRMGT_MAX_PERIOD_ENTRIES = 120, /**< entries at most of a by-period query */
+    PWRMGT_MAX_PSU = 12,             /**< highest bay number */
+    PWRMGT_ORDER_SIZE = 32,          /**< bytes a caller gives for an ordering clause */
+    PWRMGT_FILTER_SIZE = 256         /**< bytes a caller gives for a filter clause */
+};
+
+/** History period codes. */
+enum {
+    PWRMGT_PERIOD_1_HOUR = 0,
+    PWRMGT_PERIOD_6_HOURS = 1,
+    PWRMGT_PERIOD_12_HOURS = 2,
+    PWRMGT_PERIOD_24_HOURS = 3
+};
+
+/**
+ * What a power history tells of.
+ *
+ * In C++ an enumeration of its own type, because an exported symbol carries its
+ * name; in C a 32-bit integer of the same values.
+ */
+#ifdef __cplusplus
+enum pwrmgt_pwr_domain : uint32_t {
+    PWRMGT_DOMAIN_SYSTEM = 0, /**< whole system, DC and AC */
+    PWRMGT_DOMAIN_CPU = 1,    /**< processors */
+    PWRMGT_DOMAIN_MEMORY = 2, /**< memory */
+    PWRMGT_DOMAIN_PSU = 3     /**< one supply; duration summary only */
+};
+#else
+typedef uint32_t pwrmgt_pwr_domain;
+enum {
+    PWRMGT_DOMAIN_SYSTEM = 0,
+    PWRMGT_DOMAIN_CPU = 1,
+    PWRMGT_DOMAIN_MEMORY = 2,
+    PWRMGT_DOMAIN_PSU = 3
+};
+#endif
+
+/* ------------------------------------------------------------------------
+ * Records
+ * ------------------------------------------------------------------------ */
+
+/**
+ * One real-time power reading. 20 bytes.
+ *
+ * Stored in `RealTimePowersMem`; also what the firmware answers.
+ */
+typedef struct pwrmgt_realtime_pwr_t {
+    uint32_t lead0;    /**< never stored and never written by the library */
+    uint32_t lead1;    /**< never stored; the firmware's 32-bit word in a live reading */
+    uint16_t sys_ac_w; /**< system AC power, watts; 65535 = no reading */
+    uint16_t sys_dc_w; /**< system DC power, watts; 65535 = no reading */
+    uint16_t cpu_dc_w; /**< processor DC power, watts; 65535 = no reading */
+    uint16_t mem_dc_w; /**< memory DC power, watts; 65535 = no reading */
+    uint8_t sys_pct;   /**< system utilisation, percent; 255 = no reading */
+    uint8_t cpu_pct;   /**< processor utilisation, percent; 255 = no reading */
+    uint8_t mem_pct;   /**< memory utilisation, percent; 255 = no reading */
+    uint8_t io_pct;    /**< I/O utilisation, percent; 255 = no reading */
+} pwrmgt_realtime_pwr_t;
+
+/**
+ * One entry of a power history. 20 bytes; two bytes of alignment follow `index`.
+ *
+ * The first group is DC power for the whole system, else the domain's own; the
+ * second group is AC power, of the whole system only.
+ */
+typedef struct pwrmgt_hist_pwr_sample_t {
+    uint16_t index;     /**< place in the result, 0 = newest */
+    uint32_t timestamp; /**< newest slot of the entry before the end of the data; 0 = none */
+    uint16_t avg;       /**< mean over the valid slots, truncated, watts; 65535 = none valid */
+    uint16_t max;       /**< largest maximum, watts; 65535 = none valid */
+    uint16_t min;       /**< smallest minimum, watts; 65535 = none valid */
+    uint16_t avg2;      /**< second group's mean; untouched for processors and memory */
+    uint16_t max2;      /**< second group's maximum; untouched for processors and memory */
+    uint16_t min2;      /**< second group's minimum; untouched for processors and memory */
+} pwrmgt_hist_pwr_sample_t;
+
+/** One entry of a supply's history. 12 bytes; two bytes of alignment follow `index`. */
+typedef struct pwrmgt_hist_psu_sample_t {
+    uint16_t index;     /**< place in the result, 0 = newest */
+    uint32_t timestamp; /**< newest slot of the entry before the end of the data; 0 = none */
+    uint16_t avg_ac;    /**< mean input power, watts; 65535 = no valid slot */
+    uint16_t avg_dc;    /**< mean output power, watts; 65535 = no valid slot */
+} pwrmgt_hist_psu_sample_t;
+
+/**
+ * One entry of the performance history. 16 bytes; two bytes of alignment follow
+ * `index` and two stand at the end.
+ */
+typedef struct pwrmgt_hist_perf_sample_t {
+    uint16_t index;     /**< place in the result, 0 = newest */
+    uint32_t timestamp; /**< newest slot of the entry before the end of the data; 0 = none */
+    uint8_t sys_avg;    /**< mean system utilisation, percent; 255 = no valid slot */
+    uint8_t sys_max;    /**< largest system utilisation, percent; 255 = no valid slot */
+    uint8_t sys_min;    /**< smallest system utilisation, percent; 255 = no valid slot */
+    uint8_t cpu_avg;    /**< mean processor utilisation, percent; 255 = no valid slot */
+    uint8_t mem_avg;    /**< mean memory utilisation, percent; 255 = no valid slot */
+    uint8_t io_avg;     /**< mean I/O utilisation, percent; 255 = no valid slot */
+} pwrmgt_hist_perf_sample_t;
+
+/**
+ * What happened in one 30-second slot, as the daemon writes it. 124 bytes.
+ *
+ * The members' own `index` and `timestamp`, and the second group of `cpu` and
+ * `memory`, are not stored.
+ */
+typedef struct pwrmgt_hist_sample_t {
+    pwrmgt_hist_pwr_sample_t system; /**< first group DC, second group AC */
+    pwrmgt_hist_pwr_sample_t cpu;    /**< first group only */
+    pwrmgt_hist_pwr_sample_t memory; /**< first group only */
+    pwrmgt_hist_psu_sample_t psu[4]; /**< supplies 1 to 4 */
+    pwrmgt_hist_perf_sample_t perf;  /**< percentages */
+} pwrmgt_hist_sample_t;
+
+/**
+ * The power policy, without its three unstress columns. 20 bytes; one byte of
+ * alignment follows `cap_mode`.
+ */
+typedef struct pwrmgt_power_policy_t {
+    uint8_t is_blade;     /**< `IsBlade`: 0 or 1; 2 = power management is not supported here */
+    uint8_t redun_mode;   /**< `RedunMode`: supply redundancy mode */
+    uint8_t maxim_status; /**< `MaximStatus`: maximizer status */
+    uint8_t cap_enable;   /**< `CapEnable`: 1 = capping is on */
+    uint8_t cap_mode;     /**< `CapMode`: capping mode, the firmware's meaning */
+    uint16_t cap_value;   /**< `CapValue`: cap, watts; 65535 = not set */
+    uint16_t cap_soft_ac; /**< `CapSoftAc`: soft limit, AC watts; 65535 = not set */
+    uint16_t cap_min_ac;  /**< `CapMinAc`: lowest cap, AC watts; 65535 = not set */
+    uint16_t cap_max_ac;  /**< `CapMaxAc`: highest cap, AC watts; 65535 = not set */
+    uint16_t cap_soft_dc; /**< `CapSoftDc`: soft limit, DC watts; 65535 = not set */
+    uint16_t cap_min_dc;  /**< `CapMinDc`: lowest cap, DC watts; 65535 = not set */
+    uint16_t cap_max_dc;  /**< `CapMaxDc`: highest cap, DC watts; 65535 = not set */
+} pwrmgt_power_policy_t;
+
+/* ------------------------------------------------------------------------
+ * Globals
+ * ------------------------------------------------------------------------ */
+
+/**
+ * This process's copy of the policy row's `IsBlade`; 255 until the row was read.
+ *
+ * Set by the first successful pwrmgt_get_pwrpolicy_tbl(). 2 makes the support
+ * gate refuse. A change made by another process is not seen.
+ */
+extern PWRMGT_API uint8_t g_power_policy_flag;
+
+/* ------------------------------------------------------------------------
+ * Database session
+ * ------------------------------------------------------------------------ */
+
+/**
+ * A connection to `vek_pwr_db` on the local server, user "root".
+ *
+ * @return the connection, 0 when the database did not open
+ *
+ * The caller closes it with vek_db_close().
+ */
+PWRMGT_API uint32_t pwrmgt_get_db_handle(void);
+
+/* ------------------------------------------------------------------------
+ * Power history: writers
+ *
+ * `db` is an open connection of the caller's; it is used and never closed.
+ * ------------------------------------------------------------------------ */
+
+/**
+ * Stores the latest reading as the one row of `RealTimePowersMem` (`_id` 0).
+ *
+ * @param db         open connection
+ * @param reading    the reading; its two leading words are not stored
+ * @param timestamp  when it was taken, seconds
+ * @retval 0   the row was inserted or replaced
+ * @retval 3   the table could not be queried
+ * @retval 31  the table holds more than one row; nothing was written
+ * @retval 4   inserting the first row failed
+ * @retval 5   replacing the row failed
+ */
+PWRMGT_API uint32_t pwrmgt_update_realtime_table(uint32_t db, pwrmgt_realtime_pwr_t reading,
+                                                 uint32_t timestamp);
+
+/**
+ * Puts the columns of an empty slot into a content: `Timestamp` 0, every power
+ * column 65535, every percentage 255.
+ *
+ * @param content  content of the database client
+ * @return what the last put returned, 0 for success
+ */
+PWRMGT_API uint32_t pwrmgt_prep_empty_hist_sample(uint32_t content);
+
+/**
+ * Puts the columns of a slot's sample into a content: `Timestamp` 0, twenty
+ * power columns, six percentages.
+ *
+ * @param content  content of the database client
+ * @param sample   the slot's values
+ * @return what the last put returned, 0 for success
+ */
+PWRMGT_API uint32_t pwrmgt_prep_valid_hist_sample(uint32_t content, pwrmgt_hist_sample_t sample);
+
+/**
+ * Appends one slot to `HistPowers24HrMem`.
+ *
+ * @param db         open connection
+ * @param id         ring slot, 0..2879; stored as it is
+ * @param timestamp  start of the slot, seconds, above 0
+ * @param sample     the slot's values
+ * @retval 0  stored
+ * @retval 1  `db` is 0, or `timestamp` is 0 or negative; nothing is written
+ * @retval 7  no content could be made
+ * @return otherwise the client's own result of the insert, unchanged
+ *
+ * Queries find a row only on the 30-second grid counted back from the newest
+ * row, so stamps are multiples of 30 and no stamp is written twice.
+ */
+PWRMGT_API uint32_t pwrmgt_update_hist_table(uint32_t db, uint16_t id, int32_t timestamp,
+                                             pwrmgt_hist_sample_t sample);
+
+/**
+ * Prepares the power history at daemon start: trims `HistPowers24Hr` to the
+ * last 24 hours, empties `HistPowers24HrMem` and fills it from `HistPowers24Hr`.
+ *
+ * @param db              open connection
+ * @param now             current time, seconds; up to 86400 nothing is trimmed
+ * @param last_id         [out] `_id` of the row with the highest slot
+ * @param last_timestamp  [out] `Timestamp` of that row
+ * @retval 0  done; without any row both outputs are untouched
+ * @retval 1  `db` is 0
+ * @retval 6  the trim or the truncate failed
+ * @retval 4  the copy failed
+ * @retval 3  the filled table could not be queried
+ *
+ * Rows stamped before `now` - 86400 or at or after `now` are trimmed. On a full
+ * ring the highest slot is not the newest row. What was done before a failure
+ * stays done.
+ */
+PWRMGT_API uint32_t pwrmgt_init_hist_table(uint32_t db, int32_t now, int32_t* last_id,
+                                           int32_t* last_timestamp);
+
+/**
+ * Fills `HistPowers24HrMem` afresh from `HistPowers24Hr`, trimming nothing.
+ *
+ * @param db  open connection; not tested
+ * @return the client's results of the delete and of the copy, ORed; 0 when both
+ *         succeeded. The copy runs even when the delete failed.
+ */
+PWRMGT_API uint32_t pwrmgt_load_hist_bak_table(uint32_t db);
+
+/**
+ * Trims `HistPowers24HrMem`, then `HistPowers24Hr`, to the last 24 hours.
+ *
+ * @param db   open connection
+ * @param now  current time, seconds; below 86401 nothing is trimmed
+ * @retval 0  done
+ * @retval 1  `db` is 0
+ * @retval 6  a delete failed; the second table is then not tried
+ *
+ * A row stamped `now` - 86400 stays; a row stamped `now` or later goes.
+ */
+PWRMGT_API uint32_t pwrmgt_cleanup_hist_mem_table(uint32_t db, int32_t now);
+
+/**
+ * Copies working rows above the highest saved slot into `HistPowers24Hr`.
+ *
+ * @param db          open connection; not tested
+ * @param last_saved  [out] highest `_id` of `HistPowers24Hr` before the copy; 0
+ *                    when that table is empty
+ * @retval 0  done
+ * @retval 6  the saved rows could not be selected; `*last_saved` is 0
+ * @retval 4  the copy failed
+ *
+ * Slot 0 is never copied to an empty table, and rows of a ring that has wrapped
+ * are not seen; pwrmgt_update_hist_persist_db() saves slots exactly.
+ */
+PWRMGT_API uint32_t pwrmgt_save_hist_mem_table(uint32_t db, int32_t* last_saved);
+
+/**
+ * Saves consecutive ring slots: each is deleted from `HistPowers24Hr` and copied
+ * there from `HistPowers24HrMem`.
+ *
+ * @param db     open connection
+ * @param first  first slot, 0 or above; 2880 and above mean slot 0
+ * @param count  number of slots, 1..2880; after slot 2879 comes slot 0
+ * @retval 0  the last slot was saved
+ * @retval 3  `db` is 0, `first` is negative, or `count` is out of range
+ * @return otherwise the client's results of the last delete and the last copy,
+ *         ORed. Earlier failures are not reported and stop nothing.
+ */
+PWRMGT_API uint32_t pwrmgt_update_hist_persist_db(uint32_t db, int32_t first, uint32_t count);
+
+/* ------------------------------------------------------------------------
+ * Power history: windows and period arithmetic
+ * ------------------------------------------------------------------------ */
+
+/**
+ * Where the window of a by-period query starts: one entry's width after the
+ * point one period back, which is cut to a whole minute.
+ *
+ * @param period  0 = last hour, 1 = 6 h, 2 = 12 h, 3 = 24 h
+ * @param now     current time, seconds, above 0
+ * @param count   entries wanted, 0..120; 0 adds no width
+ * @param oldest  [out] start of the window, seconds
+ * @retval 0   written
+ * @retval 1   `oldest` is null, or `now` is 0 or negative
+ * @retval 10  `period` above 3, or `count` above 120
+ */
+PWRMGT_API uint32_t pwrmgt_oldest_ts_per_period(uint32_t period, int32_t now, uint32_t count,
+                                                uint32_t* oldest);
+
+/**
+ * The clauses that select one period up to now, newest first.
+ *
+ * @param order   [out] ordering clause, at least 32 bytes: "Timestamp DESC"
+ * @param filter  [out] filter clause, at least 256 bytes
+ * @param period  0 = last hour, 1 = 6 h, 2 = 12 h, 3 = 24 h
+ * @param count   entries wanted, 0..120
+ * @retval 0   both written
+ * @retval 1   `filter` or `order` is null, or the clock reads 0
+ * @retval 31  the clock reads below 0
+ * @retval 10  `period` above 3, or `count` above 120
+ *
+ * No size is passed: the texts are copied whole. Untouched on failure.
+ */
+PWRMGT_API uint32_t pwrmgt_hist_query_string(char* order, char* filter, uint32_t period,
+                                             uint32_t count);
+
+/**
+ * The clauses that select the last `minutes` minutes, newest first.
+ *
+ * @param order        [out] ordering clause
+ * @param order_size   bytes in `order`; a longer text is cut
+ * @param filter       [out] filter clause
+ * @param filter_size  bytes in `filter`; a longer text is cut
+ * @param minutes      length of the window; any value
+ * @retval 0   both written
+ * @retval 1   `filter` or `order` is null
+ * @retval 31  the clock reads below 0
+ *
+ * The start is cut to a multiple of 30 seconds and never equals the end.
+ */
+PWRMGT_API uint32_t pwrmgt_duration_summary_query_string(char* order, uint32_t order_size,
+                                                         char* filter, uint32_t filter_size,
+                                                         int32_t minutes);
+
+/**
+ * Stored samples that fold into one entry of a by-period query.
+ *
+ * @param period  period code
+ * @return 6, 12 or 24 for codes 1, 2 and 3; 1 for any other code
+ */
+PWRMGT_API uint32_t pwrmgt_get_samples_perIndex(uint32_t period);
+
+/* ------------------------------------------------------------------------
+ * Power history: sample readers
+ *
+ * A reader walks the 30-second grid back from the newest row of an open query
+ * result (newest first) and folds `samples_per_entry` slots into each entry. A
+ * row off the grid is never matched and hides every older row. A reader frees
+ * nothing: the result stays the caller's. On a failing step it returns 0 at
+ * once; entries filled before stay filled, the current one is partly written.
+ * ------------------------------------------------------------------------ */
+
+/**
+ * Folds system, processor or memory power.
+ *
+ * @param result             open result: `Timestamp`, then three columns (avg,
+ *                           max, min) or, for domain 0, six (DC, then AC)
+ * @param count              entries wanted; negative counts as 0
+ * @param samples_per_entry  slots per entry; 0 marks every entry 65535
+ * @param entries            [out] `count` records; null counts as no entries
+ * @param domain             0 reads and fills the second group; any other value
+ *                           leaves it untouched
+ * @return 1 when at least one slot was valid, else 0 (null or empty result and
+ *         failed steps too)
+ *
+ * A slot is valid when its first group has no 65535; the second group is not
+ * tested.
+ */
+PWRMGT_API int32_t pwrmgt_get_powerSamples(uint32_t result, int32_t count,
+                                           uint32_t samples_per_entry,
+                                           pwrmgt_hist_pwr_sample_t* entries,
+                                           pwrmgt_pwr_domain domain);
+
+/**
+ * Folds one supply's AC and DC power.
+ *
+ * @param result             open result: `Timestamp`, AC average, DC average
+ * @param count              entries wanted; negative counts as 0
+ * @param samples_per_entry  slots per entry; 0 marks every entry 65535
+ * @param entries            [out] `count` records; null counts as no entries
+ * @return 1 when at least one slot was valid, else 0
+ *
+ * A slot is valid when both values are below 65535. Sums are kept in 16 bits and
+ * wrap before the division.
+ */
+PWRMGT_API int32_t pwrmgt_get_psuPowerSamples(uint32_t result, int32_t count,
+                                              uint32_t samples_per_entry,
+                                              pwrmgt_hist_psu_sample_t* entries);
+
+/**
+ * Folds the performance percentages.
+ *
+ * @param result             open result: `Timestamp`, `SysAvgPtg`, `SysMaxPtg`,
+ *                           `SysMinPtg`, `CpuAvgPtg`, `MemAvgPtg`, `IOAvgPtg`
+ * @param count              entries wanted; negative counts as 0
+ * @param samples_per_entry  slots per entry; 0 marks every entry 255
+ * @param entries            [out] `count` records; null counts as no entries
+ * @return 1 when at least one slot was valid, else 0
+ *
+ * A slot is valid when all six values are below 255. Sums are kept in 16 bits.
+ */
+PWRMGT_API int32_t pwrmgt_get_perfSample_perIndex(uint32_t result, int32_t count,
+                                                  uint32_t samples_per_entry,
+                                                  pwrmgt_hist_perf_sample_t* entries);
+
+/* ------------------------------------------------------------------------
+ * Power history: queries by period
+ *
+ * Each opens and closes its own connection; there is nothing to free.
+ * ------------------------------------------------------------------------ */
+
+/**
+ * Power of the system, the processors or the memory over a past period, newest
+ * entry first. From `HistPowers24HrMem`.
+ *
+ * @param domain   0 = system (DC and AC), 1 = processors, 2 = memory
+ * @param period   0 = last hour, 1 = 6 h, 2 = 12 h, 3 = 24 h
+ * @param entries  [out] caller's array of `count` records
+ * @param count    entries wanted, 0..120; at 120 an entry covers 30 s, 3, 6 or
+ *                 12 minutes
+ * @retval 0   filled; at least one entry holds a reading
+ * @retval 1   `entries` is null
+ * @retval 10  `count` above 120, or not offered on this platform
+ * @retval 2   the database did not open
+ * @retval 31  `period` above 3, or the clock failed
+ * @retval 3   `domain` above 2, or the query failed
+ * @retval 8   nothing recorded in the period (entries untouched), or no valid
+ *             reading (entries written)
+ */
+PWRMGT_API uint32_t pwrmgt_get_history_power(pwrmgt_pwr_domain domain, uint32_t period,
+                                             pwrmgt_hist_pwr_sample_t* entries, uint32_t count);
+
+/**
+ * AC and DC power of one supply over a past period, newest entry first. From
+ * `HistPowers24HrMem` (bays 1 to 4) or `HistExtraPowers24HrMem` (bays 5 to 12).
+ *
+ * @param psu      bay number, 1..12
+ * @param period   0 = last hour, 1 = 6 h, 2 = 12 h, 3 = 24 h
+ * @param entries  [out] caller's array of `count` records
+ * @param count    entries wanted, 0..120
+ * @retval 0   filled; at least one entry holds a reading
+ * @retval 1   `entries` is null
+ * @retval 10  `count` above 120, or not offered on this platform
+ * @retval 2   the database did not open
+ * @retval 31  `period` above 3, or the clock failed
+ * @retval 3   no such bay, or the query failed
+ * @retval 8   nothing recorded in the period (entries untouched), or no valid
+ *             reading (entries written)
+ */
+PWRMGT_API uint32_t pwrmgt_get_history_psu_powers(uint32_t psu, uint32_t period,
+                                                  pwrmgt_hist_psu_sample_t* entries,
+                                                  uint32_t count);
+
+/**
+ * Utilisation percentages over a past period, newest entry first. From
+ * `HistPowers24HrMem`.
+ *
+ * @param period   0 = last hour, 1 = 6 h, 2 = 12 h, 3 = 24 h
+ * @param entries  [out] caller's array of `count` records
+ * @param count    entries wanted, 0..120
+ * @retval 0   filled; at least one entry holds a reading
+ * @retval 1   `entries` is null
+ * @retval 10  `count` above 120, or not offered on this platform
+ * @retval 2   the database did not open
+ * @retval 31  `period` above 3, the clock failed, or nothing recorded in the
+ *             period (entries untouched)
+ * @retval 3   the query failed
+ * @retval 8   no valid reading (entries written)
+ */
+PWRMGT_API uint32_t pwrmgt_get_history_performance(uint32_t period,
+                                                   pwrmgt_hist_perf_sample_t* entries,
+                                                   uint32_t count);
+
+/* ------------------------------------------------------------------------
+ * Power policy and support gate
+ * ------------------------------------------------------------------------ */
+
+/**
+ * The support gate: may a power function go on here?
+ *
+ * @param name  the asking function's exported name, or "" for one that is never
+ *              offered on the quoril platform; null is ""
+ * @retval 0  go on
+ * @retval 1  unsupported: the quoril platform and a name that
+ *            judge_power_function() does not know, or the policy row's `IsBlade`
+ *            is 2
+ *
+ * Reads the policy row (with a connection of its own) only while
+ * #g_power_policy_flag is 255. A row that cannot be read never refuses.
+ */
+PWRMGT_API uint32_t pwrmgt_unsupport_check(const char* name);
+
+/**
+ * The stored power policy. From `PowerPolicy`, first row.
+ *
+ * @param out  [out] the policy; untouched unless 0 is returned
+ * @retval 0  filled
+ * @retval 1  `out` is null
+ * @retval 2  the database did not open
+ * @retval 3  the query failed
+ * @retval 8  the table holds no row
+ *
+ * Copies `IsBlade` to #g_power_policy_flag while that is 255. Opens and closes
+ * its own connection.
+ */
+PWRMGT_API uint32_t pwrmgt_get_pwrpolicy_tbl(pwrmgt_power_policy_t* out);
+
+/**
+ * Makes the policy row with its defaults, or reads the row that is there.
+ *
+ * @param db          open connection; stays the caller's
+ * @param out         [out] the policy now stored
+ * @param is_blade    `IsBlade` of a new row (low 8 bits)
+ * @param redun_mode  `RedunMode` of a new row, 0..4; above 4 it becomes 15 when
+ *                    `is_blade` is non-zero, else 1
+ * @retval 0  `out` holds the stored row
+ * @retval 3  the query failed; `out` is untouched
+ * @retval 7  no content could be made; `out` holds the defaults
+ * @retval 4  the insert failed; `out` holds the defaults
+ *
+ * A stored row wins over the arguments and is not changed. Does not touch
+ * #g_power_policy_flag.
+ */
+PWRMGT_API uint32_t pwrmgt_init_power_policy_table(uint32_t db, pwrmgt_power_policy_t* out,
+                                                   uint32_t is_blade, uint32_t redun_mode);
+
+/* ------------------------------------------------------------------------
+ * Live readings of the firmware
+ * ------------------------------------------------------------------------ */
+
+/**
+ * The power reading that the firmware gives now (network function 0x3A, command
+ * 0x32, operation 0x01).
+ *
+ * @param out  [out] the reading; `lead0` is never written, and nothing is unless
+ *             0 is returned
+ * @retval 0   filled
+ * @retval 1   `out` is null
+ * @retval 10  not offered on this platform
+ * @retval 31  the exchange failed: not sent, completion code not 0, or not
+ *             exactly 17 bytes
+ *
+ * Opens no connection of its own.
+ */
+PWRMGT_API uint32_t pwrmgt_get_realtime_powers(pwrmgt_realtime_pwr_t* out);
+
+#ifdef __cplusplus
+}
+#endif
+
+/* ------------------------------------------------------------------------
+ * Functions with C++ linkage
+ * ------------------------------------------------------------------------ */
+
+#ifdef __cplusplus
+
+/**
+ * Is this one of the functions that the quoril platform offers?
+ *
+ * @param name  exported name of a function; null is ""
+ * @retval 1  "pwrmgt_get_realtime_powers", "pwrmgt_get_history_power" or
+ *            "pwrmgt_get_duration_summary_power"
+ * @retval 0  any other name
+ */
+PWRMGT_API uint32_t judge_power_function(const char* name);
+
+#endif
