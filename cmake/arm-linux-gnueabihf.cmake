@@ -1,0 +1,17 @@
+# SPDX-License-Identifier: Apache-2.0
+# Debian's cross compiler for the controller's 32-bit ARM; tests run under qemu's user-mode emulation.
+set(CMAKE_SYSTEM_NAME Linux)
+set(CMAKE_SYSTEM_PROCESSOR arm)
+set(CMAKE_C_COMPILER arm-linux-gnueabihf-gcc)
+set(CMAKE_CXX_COMPILER arm-linux-gnueabihf-g++)
+
+set(CMAKE_FIND_ROOT_PATH /usr/arm-linux-gnueabihf)
+set(CMAKE_FIND_ROOT_PATH_MODE_PROGRAM NEVER)
+set(CMAKE_FIND_ROOT_PATH_MODE_LIBRARY ONLY)
+set(CMAKE_FIND_ROOT_PATH_MODE_INCLUDE ONLY)
+set(CMAKE_FIND_ROOT_PATH_MODE_PACKAGE ONLY)
+
+find_program(PWRMGT_QEMU_ARM NAMES qemu-arm qemu-arm-static)
+if(PWRMGT_QEMU_ARM)
+    set(CMAKE_CROSSCOMPILING_EMULATOR ${PWRMGT_QEMU_ARM} -L /usr/arm-linux-gnueabihf)
+endif()
