@@ -1,0 +1,43 @@
+// SPDX-License-Identifier: Apache-2.0
+// Builds request frames and exchanges them with the platform firmware.
+#include "policy/ipmi.h"
+
+#include "ipmiraw.h"
+
+namespace pwrmgt::policy {
+
+namespace {
+
+constexpr uint8_t kResponder = 0x20;
+constexpr uint8_t kLun = 0;
+
+}  // namespace
+
+Request::Request(uint8_t netfn, uint8_t command) {
+    u8(kResponder).u8(netfn).u8(kLun).u8(command);
+}
+
+Request& Request::u8(uint8_t value) {
+    frame_[length_++] = value;
+    return *this;
+}
+
+Request& Request::zeros(size_t count) {
+    length_ += static_cast<uint32_t>(count);
+    return *this;
+}
+
+uint16_t Reply::le16(size_t at) const {
+    return static_cast<uint16_t>(bytes_[at] | bytes_[at + 1] << 8);
+}
+
+uint32_t Reply::le32(size_t at) const {
+    return le16(at) | static_cast<uint32_t>(le16(at + 2)) << 16;
+}
+
+int exchange(const Request& request, Reply& reply) {
+    uint32_t request_length = request.length();
+    return send_ipmi_cmd(request.frame(), &request_length, reply.bytes_.data(), &reply.length_);
+}
+
+}  // namespace pwrmgt::policy
