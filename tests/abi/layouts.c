@@ -1,0 +1,108 @@
+/* SPDX-License-Identifier: Apache-2.0 */
+/* Size and alignment of every record, offset and size of every field, value of every constant of
+ * the public header: the numbers are the contract with programs already built, the same on 64-bit
+ * hosts and on 32-bit ARM. Compiled as C and as C++; check_layouts.py tells when the header has
+ * something that is not here. */
+#include <stddef.h>
+#include <vekdb_pwrmgt.h>
+
+#ifdef __cplusplus
+#define HOLDS(condition, text) static_assert(condition, text)
+#define ALIGNMENT(type) alignof(type)
+#else
+#define HOLDS(condition, text) _Static_assert(condition, text)
+#define ALIGNMENT(type) _Alignof(type)
+#endif
+
+#define RECORD(record, size, alignment)                  \
+    HOLDS(sizeof(record) == (size), "size of " #record); \
+    HOLDS(ALIGNMENT(record) == (alignment), "alignment of " #record)
+#define FIELD(record, field, offset, size)                                       \
+    HOLDS(offsetof(record, field) == (offset), "offset of " #record "." #field); \
+    HOLDS(sizeof(((record*)0)->field) == (size), "size of " #record "." #field)
+#define CONSTANT(name, value) HOLDS((name) == (value), "value of " #name)
+
+/* clang-format off */
+CONSTANT(PWRMGT_NO_POWER, 65535);
+CONSTANT(PWRMGT_NO_PERCENT, 255);
+CONSTANT(PWRMGT_POLICY_UNREAD, 255);
+CONSTANT(PWRMGT_RING_SLOTS, 2880);
+CONSTANT(PWRMGT_SLOT_SECONDS, 30);
+CONSTANT(PWRMGT_MAX_PERIOD_ENTRIES, 120);
+CONSTANT(PWRMGT_MAX_PSU, 12);
+CONSTANT(PWRMGT_ORDER_SIZE, 32);
+CONSTANT(PWRMGT_FILTER_SIZE, 256);
+CONSTANT(PWRMGT_PERIOD_1_HOUR, 0);
+CONSTANT(PWRMGT_PERIOD_6_HOURS, 1);
+CONSTANT(PWRMGT_PERIOD_12_HOURS, 2);
+CONSTANT(PWRMGT_PERIOD_24_HOURS, 3);
+CONSTANT(PWRMGT_DOMAIN_SYSTEM, 0);
+CONSTANT(PWRMGT_DOMAIN_CPU, 1);
+CONSTANT(PWRMGT_DOMAIN_MEMORY, 2);
+CONSTANT(PWRMGT_DOMAIN_PSU, 3);
+HOLDS(sizeof(pwrmgt_pwr_domain) == 4, "size of pwrmgt_pwr_domain");
+
+RECORD(pwrmgt_realtime_pwr_t, 20, 4);
+FIELD(pwrmgt_realtime_pwr_t, lead0, 0, 4);
+FIELD(pwrmgt_realtime_pwr_t, lead1, 4, 4);
+FIELD(pwrmgt_realtime_pwr_t, sys_ac_w, 8, 2);
+FIELD(pwrmgt_realtime_pwr_t, sys_dc_w, 10, 2);
+FIELD(pwrmgt_realtime_pwr_t, cpu_dc_w, 12, 2);
+FIELD(pwrmgt_realtime_pwr_t, mem_dc_w, 14, 2);
+FIELD(pwrmgt_realtime_pwr_t, sys_pct, 16, 1);
+FIELD(pwrmgt_realtime_pwr_t, cpu_pct, 17, 1);
+FIELD(pwrmgt_realtime_pwr_t, mem_pct, 18, 1);
+FIELD(pwrmgt_realtime_pwr_t, io_pct, 19, 1);
+
+RECORD(pwrmgt_hist_pwr_sample_t, 20, 4);
+FIELD(pwrmgt_hist_pwr_sample_t, index, 0, 2);
+FIELD(pwrmgt_hist_pwr_sample_t, timestamp, 4, 4);
+FIELD(pwrmgt_hist_pwr_sample_t, avg, 8, 2);
+FIELD(pwrmgt_hist_pwr_sample_t, max, 10, 2);
+FIELD(pwrmgt_hist_pwr_sample_t, min, 12, 2);
+FIELD(pwrmgt_hist_pwr_sample_t, avg2, 14, 2);
+FIELD(pwrmgt_hist_pwr_sample_t, max2, 16, 2);
+FIELD(pwrmgt_hist_pwr_sample_t, min2, 18, 2);
+
+RECORD(pwrmgt_hist_psu_sample_t, 12, 4);
+FIELD(pwrmgt_hist_psu_sample_t, index, 0, 2);
+FIELD(pwrmgt_hist_psu_sample_t, timestamp, 4, 4);
+FIELD(pwrmgt_hist_psu_sample_t, avg_ac, 8, 2);
+FIELD(pwrmgt_hist_psu_sample_t, avg_dc, 10, 2);
+
+RECORD(pwrmgt_hist_perf_sample_t, 16, 4);
+FIELD(pwrmgt_hist_perf_sample_t, index, 0, 2);
+FIELD(pwrmgt_hist_perf_sample_t, timestamp, 4, 4);
+FIELD(pwrmgt_hist_perf_sample_t, sys_avg, 8, 1);
+FIELD(pwrmgt_hist_perf_sample_t, sys_max, 9, 1);
+FIELD(pwrmgt_hist_perf_sample_t, sys_min, 10, 1);
+FIELD(pwrmgt_hist_perf_sample_t, cpu_avg, 11, 1);
+FIELD(pwrmgt_hist_perf_sample_t, mem_avg, 12, 1);
+FIELD(pwrmgt_hist_perf_sample_t, io_avg, 13, 1);
+
+RECORD(pwrmgt_hist_sample_t, 124, 4);
+FIELD(pwrmgt_hist_sample_t, system, 0, 20);
+FIELD(pwrmgt_hist_sample_t, cpu, 20, 20);
+FIELD(pwrmgt_hist_sample_t, memory, 40, 20);
+FIELD(pwrmgt_hist_sample_t, psu, 60, 48);
+FIELD(pwrmgt_hist_sample_t, perf, 108, 16);
+
+RECORD(pwrmgt_power_policy_t, 20, 2);
+FIELD(pwrmgt_power_policy_t, is_blade, 0, 1);
+FIELD(pwrmgt_power_policy_t, redun_mode, 1, 1);
+FIELD(pwrmgt_power_policy_t, maxim_status, 2, 1);
+FIELD(pwrmgt_power_policy_t, cap_enable, 3, 1);
+FIELD(pwrmgt_power_policy_t, cap_mode, 4, 1);
+FIELD(pwrmgt_power_policy_t, cap_value, 6, 2);
+FIELD(pwrmgt_power_policy_t, cap_soft_ac, 8, 2);
+FIELD(pwrmgt_power_policy_t, cap_min_ac, 10, 2);
+FIELD(pwrmgt_power_policy_t, cap_max_ac, 12, 2);
+FIELD(pwrmgt_power_policy_t, cap_soft_dc, 14, 2);
+FIELD(pwrmgt_power_policy_t, cap_min_dc, 16, 2);
+FIELD(pwrmgt_power_policy_t, cap_max_dc, 18, 2);
+/* clang-format on */
+
+#ifdef PWRMGT_WRONG_LAYOUT
+/* Must not compile: shows that a wrong number is noticed. */
+FIELD(pwrmgt_power_policy_t, cap_value, 5, 2);
+#endif
