@@ -1,0 +1,70 @@
+// SPDX-License-Identifier: Apache-2.0
+// Runs an exported function with each of its platform calls failing in turn.
+#include "platform_test.h"
+
+namespace pwrmgt::test {
+
+namespace {
+
+std::vector<Mode> modes_of(Operation operation) {
+    switch (operation) {
+        case Operation::query:
+        case Operation::raw_rows:
+            return {Mode::error, Mode::error_with_handle, Mode::no_handle};
+        default:
+            return {Mode::error};
+    }
+}
+
+void start(const std::function<void(Recorder&)>& script, std::optional<Fault> fault) {
+    platform().reset();
+    g_power_policy_flag = 255;
+    script(platform());
+    platform().fault = fault;
+}
+
+// The operations of a run without failures, in their order.
+std::vector<Operation> clean_run(const std::function<void(Recorder&)>& script,
+                                 const std::function<uint32_t()>& act) {
+    start(script, std::nullopt);
+    act();
+    EXPECT_THAT(platform().handle_faults(), testing::IsEmpty()) << "without a failure";
+    return platform().operations;
+}
+
+}  // namespace
+
+size_t sweep_faults(const std::function<void(Recorder&)>& script,
+                    const std::function<uint32_t()>& act,
+                    const std::function<void(const Faulted&)>& check) {
+    const std::vector<Operation> operations = clean_run(script, act);
+    size_t injected = 0;
+    for (size_t at = 1; at <= operations.size(); ++at) {
+        for (const Mode mode : modes_of(operations[at - 1])) {
+            start(script, Fault{at, mode});
+            const uint32_t status = act();
+            SCOPED_TRACE("call " + std::to_string(at) + " failing in mode " +
+                         std::to_string(static_cast<int>(mode)));
+            EXPECT_THAT(platform().handle_faults(), testing::IsEmpty());
+            check({operations[at - 1], at, mode, status, platform().operations.size() - at});
+            ++injected;
+        }
+    }
+    start([](Recorder&) {}, std::nullopt);
+    return injected;
+}
+
+size_t sweep_exceptions(const std::function<void(Recorder&)>& script,
+                        const std::function<uint32_t()>& act) {
+    const size_t calls = clean_run(script, act).size();
+    for (size_t at = 1; at <= calls; ++at) {
+        start(script, Fault{at, Mode::thrown});
+        SCOPED_TRACE("call " + std::to_string(at) + " throwing");
+        EXPECT_THROW(act(), PlatformFault);
+        EXPECT_THAT(platform().handle_faults(), testing::IsEmpty());
+    }
+    start([](Recorder&) {}, std::nullopt);
+    return calls;
+}
+
+}  // namespace pwrmgt::test

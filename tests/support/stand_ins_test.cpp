@@ -1,0 +1,66 @@
+// SPDX-License-Identifier: Apache-2.0
+// The scripted platform is in force: what the library calls is what these tests see.
+#include <ctime>
+
+#include "platform_test.h"
+#include "vekdb_client.h"
+
+using namespace pwrmgt::test;
+
+class StandIns : public PlatformTest {};
+
+TEST_F(StandIns, LibraryReachesTheRecorderForTheDatabase) {
+    const uint32_t db = pwrmgt_get_db_handle();
+
+    EXPECT_EQ(db, 100U);
+    EXPECT_EQ(platform().calls, Calls{"open localhost root '' vek_pwr_db 0"});
+    vek_db_close(db);
+}
+
+TEST_F(StandIns, LibraryReachesTheRecorderForTheClock) {
+    platform().clock = 1'234'567'890;
+    char order[32];
+    char filter[256];
+
+    EXPECT_EQ(pwrmgt_duration_summary_query_string(order, 32, filter, 256, 0), 0U);
+
+    EXPECT_STREQ(filter, "Timestamp>=1234567860 AND Timestamp<=1234567890");
+    EXPECT_EQ(platform().calls, Calls{"time"});
+}
+
+TEST_F(StandIns, HandleThatStaysOutIsAFault) {
+    const uint32_t db = vek_db_open("h", "u", "p", "d", 0);
+
+    EXPECT_EQ(platform().handle_faults(), Calls{"connection 100 never handed back"});
+    vek_db_close(db);
+}
+
+TEST_F(StandIns, HandleHandedBackTwiceIsAFault) {
+    const uint32_t content = vek_db_get_content_values();
+    vek_db_free_content_values(content);
+
+    vek_db_free_content_values(content);
+
+    EXPECT_EQ(platform().handle_faults(), Calls{"content 100 handed back wrongly"});
+    platform().reset();
+}
+
+TEST_F(StandIns, HandleOfAnotherKindIsAFault) {
+    const uint32_t content = vek_db_get_content_values();
+
+    vek_db_free_result(content);
+
+    EXPECT_THAT(platform().handle_faults(), testing::Contains("result 100 handed back wrongly"));
+    platform().reset();
+}
+
+TEST_F(StandIns, ChosenCallFailsAndNoOther) {
+    platform().fail(Operation::open, 0, 2);
+
+    EXPECT_EQ(pwrmgt_get_db_handle(), 100U);
+    EXPECT_EQ(pwrmgt_get_db_handle(), 0U);
+    EXPECT_EQ(pwrmgt_get_db_handle(), 101U);
+
+    vek_db_close(100);
+    vek_db_close(101);
+}
