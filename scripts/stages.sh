@@ -1,0 +1,135 @@
+# SPDX-License-Identifier: Apache-2.0
+# shellcheck shell=bash
+# The stages of scripts/test and scripts/long: what each needs, does and may take. To be sourced after lib.sh.
+
+# name | budget in seconds, from nothing on two cores with an empty compiler cache | what it shows
+STAGES=(
+    'gcc|150|g++, optimised as shipped: build everything, run every test'
+    'checks|40|include flow, headers alone, kept behaviours, documents, words, format, and their self-tests'
+    'debug|30|g++, not optimised: build the library, run the interface tests (symbols, layouts, shared globals)'
+    'clang|120|clang++: build everything, run every test'
+    'sanitizers|180|AddressSanitizer and UndefinedBehaviorSanitizer: build everything, run every test'
+    'arm|150|32-bit ARM: build the library and its recorder tests, run them under qemu-arm'
+    'tidy|120|clang-tidy over the library'
+    'size|10|the size of the library, host and ARM, stripped'
+)
+
+stage_names() { printf '%s\n' "${STAGES[@]%%|*}"; }
+
+stage_field() { # <name> <field number>
+    printf '%s\n' "${STAGES[@]}" | awk -F'|' -v name="$1" -v field="$2" '$1 == name { print $field }'
+}
+
+# need_stage_packages <stage>...: everything the stages need, in one go, before the first of them starts
+need_stage_packages() {
+    local wanted=('git:git' 'python3:python3-minimal' '/usr/lib/*/cmake/GTest/GTestConfig.cmake:libgtest-dev')
+    local stage
+    for stage in "$@"; do
+        case $stage in
+            checks) wanted+=('clang-format:clang-format') ;;
+            clang) wanted+=('clang++:clang') ;;
+            tidy) wanted+=('clang-tidy:clang-tidy') ;;
+            arm | size)
+                wanted+=('arm-linux-gnueabihf-g++:g++-arm-linux-gnueabihf' 'qemu-arm:qemu-user'
+                    '/usr/arm-linux-gnueabihf/include/stdio.h:libc6-dev-armhf-cross'
+                    '/usr/src/googletest/CMakeLists.txt:googletest')
+                ;;
+        esac
+    done
+    need_build_packages
+    need_packages "${wanted[@]}"
+}
+
+# run_ctest <preset> [<ctest option>...]: ctest itself fails when no test is selected
+run_ctest() {
+    local preset=$1
+    shift
+    (cd "$PROJECT_ROOT" && ctest --preset "$preset" -j "$(nproc)" ${CTEST_MORE:-} "$@" </dev/null)
+}
+
+# The checks of the tree are the same in every build: one stage runs them.
+build_and_test() {
+    configure "$1" && build "$1" && run_ctest "$1" -LE '^checks$'
+}
+
+stage_gcc() { build_and_test release; }
+stage_clang() { build_and_test clang; }
+stage_sanitizers() {
+    UBSAN_OPTIONS=print_stacktrace=1 ASAN_OPTIONS=detect_stack_use_after_return=1:strict_string_checks=1 \
+        build_and_test sanitizers
+}
+stage_arm() { build_and_test arm; }
+stage_checks() { configure release && run_ctest release -L '^checks$'; }
+stage_debug() { configure debug && build debug vekdb_pwrmgt abi_globals && run_ctest debug -L '^abi$'; }
+
+stage_tidy() {
+    configure release || return
+    # One process per source and per core; the list of checks is in .clang-tidy.
+    (cd "$PROJECT_ROOT" && find src -name '*.cpp' -print0 |
+        xargs -0 -n 4 -P "$(nproc)" clang-tidy --quiet --warnings-as-errors='*' -p build/release)
+}
+
+stage_size() {
+    configure release && configure arm && build release vekdb_pwrmgt && build arm vekdb_pwrmgt || return
+    local preset strip library copy
+    copy=$(mktemp)
+    printf '%-10s %10s %10s %10s %16s\n' build text data bss 'stripped file'
+    for preset in release arm; do
+        strip=strip
+        [ $preset = arm ] && strip=arm-linux-gnueabihf-strip
+        library=$PROJECT_ROOT/build/$preset/src/libvekdb_pwrmgt.so
+        "$strip" --strip-unneeded -o "$copy" "$library" || return
+        # shellcheck disable=SC2046
+        printf '%-10s %10s %10s %10s %16s\n' $preset $(size "$copy" | awk 'NR == 2 { print $1, $2, $3 }') \
+            "$(stat -c %s "$copy")"
+    done
+    rm -f "$copy"
+}
+
+# run_stages <stage>...: runs them, keeps each one's output in build/logs, prints the table and the closing line.
+# Returns 1 when a stage failed.
+run_stages() {
+    local logs=$PROJECT_ROOT/build/logs stage log start seconds result rows=() passed=0 failed=0 bad=0
+    mkdir -p "$logs"
+    for stage in "$@"; do
+        log=$logs/$stage.log
+        start=$SECONDS
+        printf '%-11s %s ... ' "$stage" "$(stage_field "$stage" 3)"
+        if ("stage_$stage") >"$log" 2>&1; then result=passed; else result=FAILED; fi
+        seconds=$((SECONDS - start))
+        count_tests "$log"
+        # A stage that only builds, or that did not come to its tests, counts as one.
+        if [ $result = FAILED ] && [ "$stage_failed" -eq 0 ]; then stage_failed=1; fi
+        passed=$((passed + stage_passed))
+        failed=$((failed + stage_failed))
+        say "$result"
+        if [ $result = FAILED ]; then
+            bad=1
+            tail -n 80 "$log" | sed 's/^/    /'
+            say "    (all of it: build/logs/$stage.log)"
+        elif [ "$stage" = size ]; then
+            grep -A 3 '^build ' "$log"
+        fi
+        [ "$stage_skipped" -gt 0 ] && result="$result, $stage_skipped skipped"
+        [ $seconds -gt "$(stage_field "$stage" 2)" ] && result="$result, over budget"
+        rows+=("$(printf '%-11s %8d %8d %8d %8d  %s' "$stage" "$seconds" "$(stage_field "$stage" 2)" \
+            "$stage_passed" "$stage_failed" "$result")")
+    done
+    say
+    printf '%-11s %8s %8s %8s %8s  %s\n' stage seconds budget passed failed result
+    printf '%s\n' "${rows[@]}"
+    say
+    say "$passed passed, $failed failed"
+    return $bad
+}
+
+# Sets stage_passed, stage_failed and stage_skipped from ctest's own summary line; a skipped test is not a passed one.
+count_tests() {
+    local summary
+    stage_passed=0 stage_failed=0 stage_skipped=0
+    summary=$(sed -nE 's/^[0-9]+% tests passed, ([0-9]+) tests? failed out of ([0-9]+)$/\1 \2/p' "$1" | tail -n 1)
+    [ -n "$summary" ] || return 0
+    stage_skipped=$(grep -cE '^ *[0-9]+/[0-9]+ Test .*\*\*\*Skipped' "$1" || true)
+    stage_failed=${summary% *}
+    stage_passed=$((${summary#* } - stage_failed - stage_skipped))
+}
