@@ -1,0 +1,41 @@
+// SPDX-License-Identifier: Apache-2.0
+// What every command family shares: exit codes, what a command hands back, and how a family
+// registers itself.
+#pragma once
+
+#include <CLI/CLI.hpp>
+#include <functional>
+#include <string>
+#include <utility>
+
+namespace pwrmgt::pwrmgtctl {
+
+// Documented in --help and docs/pwrmgtctl.md; scripts rely on the numbers.
+enum class Exit : int { ok = 0, failure = 1, usage = 2, unsupported = 3, no_data = 4 };
+
+// Either a document for standard output or an error in words; never half of each.
+struct Outcome {
+    Exit exit = Exit::ok;
+    std::string document;
+    std::string error;
+};
+
+inline Outcome succeed(std::string document) {
+    return {Exit::ok, std::move(document), {}};
+}
+
+inline Outcome fail(Exit exit, std::string error) {
+    return {exit, {}, std::move(error)};
+}
+
+// The parsed command leaves its work here; main runs it after parsing has succeeded.
+using Action = std::function<Outcome()>;
+
+void add_history(CLI::App& app, Action& chosen);
+void add_realtime(CLI::App& app, Action& chosen);
+void add_policy(CLI::App& app, Action& chosen);
+
+// Parses the command line and runs the command it names.
+Outcome run(int argc, const char* const* argv);
+
+}  // namespace pwrmgt::pwrmgtctl

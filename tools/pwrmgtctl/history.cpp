@@ -1,0 +1,241 @@
+// SPDX-License-Identifier: Apache-2.0
+// The command family `history`: power, one supply, and performance over a past period.
+#include <array>
+#include <ctime>
+#include <memory>
+
+#include "command.h"
+#include "history_document.h"
+#include "missing.h"
+#include "status_text.h"
+#include "timed.h"
+#include "vekdb_pwrmgt.h"
+
+namespace pwrmgt::pwrmgtctl {
+namespace {
+
+constexpr uint32_t kAllEntries = PWRMGT_MAX_PERIOD_ENTRIES;
+
+struct Period {
+    std::string_view name;
+    uint32_t code;
+    uint32_t period_s;
+    std::string_view words;
+};
+
+constexpr std::array<Period, 4> kPeriods{{
+    {"1h", PWRMGT_PERIOD_1_HOUR, 3600, "in the last hour"},
+    {"6h", PWRMGT_PERIOD_6_HOURS, 21600, "in the last 6 hours"},
+    {"12h", PWRMGT_PERIOD_12_HOURS, 43200, "in the last 12 hours"},
+    {"24h", PWRMGT_PERIOD_24_HOURS, 86400, "in the last 24 hours"},
+}};
+
+// clang-format off
+constexpr std::array<Column, 6> kSystemColumns{{
+    {"DC avg W", "dc", "avg_w"}, {"DC max W", "dc", "max_w"}, {"DC min W", "dc", "min_w"},
+    {"AC avg W", "ac", "avg_w"}, {"AC max W", "ac", "max_w"}, {"AC min W", "ac", "min_w"},
+}};
+constexpr std::array<Column, 3> kDomainColumns{{
+    {"DC avg W", "dc", "avg_w"}, {"DC max W", "dc", "max_w"}, {"DC min W", "dc", "min_w"},
+}};
+constexpr std::array<Column, 2> kPsuColumns{{
+    {"AC in avg W", "ac", "avg_w"}, {"DC out avg W", "dc", "avg_w"},
+}};
+constexpr std::array<Column, 6> kPerformanceColumns{{
+    {"System avg %", "system", "avg_pct"}, {"System max %", "system", "max_pct"}, {"System min %", "system", "min_pct"},
+    {"CPU avg %", "cpu", "avg_pct"}, {"Memory avg %", "memory", "avg_pct"}, {"I/O avg %", "io", "avg_pct"},
+}};
+// clang-format on
+
+struct Options {
+    std::string domain = "system";
+    uint32_t psu = 0;
+    std::string period = "1h";
+    uint32_t entries = kAllEntries;
+    bool json = false;
+    bool chart = false;
+    bool ascii = false;
+    bool local = false;
+    bool oldest_first = false;
+    bool timing = false;
+};
+
+const Period& chosen_period(const Options& options) {
+    for (const Period& period : kPeriods) {
+        if (period.name == options.period) return period;
+    }
+    return kPeriods[0];  // not reached: the parser accepts these names only
+}
+
+pwrmgt_pwr_domain domain_code(const std::string& name) {
+    if (name == "cpu") return PWRMGT_DOMAIN_CPU;
+    return name == "memory" ? PWRMGT_DOMAIN_MEMORY : PWRMGT_DOMAIN_SYSTEM;
+}
+
+std::string domain_title(const std::string& name) {
+    if (name == "cpu") return "Processor power";
+    return name == "memory" ? "Memory power" : "System power";
+}
+
+std::vector<Value> values_of(const pwrmgt_hist_pwr_sample_t& entry, pwrmgt_pwr_domain domain) {
+    std::vector<Value> values{watts(entry.avg), watts(entry.max), watts(entry.min)};
+    if (domain != PWRMGT_DOMAIN_SYSTEM) return values;
+    values.push_back(second_mean(entry.avg2, entry.max2));
+    values.push_back(watts(entry.max2));
+    values.push_back(watts(entry.min2));
+    return values;
+}
+
+std::vector<Value> values_of(const pwrmgt_hist_psu_sample_t& entry) {
+    return {watts(entry.avg_ac), watts(entry.avg_dc)};
+}
+
+std::vector<Value> values_of(const pwrmgt_hist_perf_sample_t& entry) {
+    return {percent(entry.sys_avg), percent(entry.sys_max), percent(entry.sys_min),
+            percent(entry.cpu_avg), percent(entry.mem_avg), percent(entry.io_avg)};
+}
+
+std::string document(const History& history, const Options& options) {
+    const Layout layout{options.local ? Zone::local : Zone::utc,
+                        options.oldest_first ? Order::oldest_first : Order::newest_first,
+                        options.timing ? Timing::on : Timing::off,
+                        options.ascii ? Charset::ascii : Charset::utf8};
+    if (options.json) return history_json(history, layout);
+    return options.chart ? history_chart(history, layout) : history_table(history, layout);
+}
+
+// Runs one query and shows it. All entries of the period are asked for and the newest ones kept:
+// the library's window shrinks with the count, so a smaller count would miss readings that lie a
+// little back.
+template <class Entry, class Query, class Convert>
+Outcome show(const Options& options, Call call, const std::string& about, History history,
+             const Query& query, const Convert& convert) {
+    const Period& period = chosen_period(options);
+    history.period_s = period.period_s;
+    history.entry_s = pwrmgt_get_samples_perIndex(period.code) * PWRMGT_SLOT_SECONDS;
+    history.asked_at_s = std::time(nullptr);
+    std::array<Entry, kAllEntries> entries{};
+
+    const Timed done = timed([&] { return query(period.code, entries.data()); });
+
+    if (done.status != 0) return explain(call, done.status, about + std::string(period.words));
+    history.query_ms = done.query_ms;
+    for (uint32_t at = 0; at < options.entries; ++at) {
+        if (entries[at].timestamp == 0) break;  // the data ended before this entry began
+        history.readings.push_back(
+            {entries[at].index, entries[at].timestamp, convert(entries[at])});
+    }
+    return succeed(document(history, options));
+}
+
+History history_of(std::string_view schema, std::string title, Json subject,
+                   std::span<const Column> columns) {
+    return {schema, std::move(title), std::move(subject), columns, 0, {}, 0, 0, 0, 0};
+}
+
+Outcome show_power(const Options& options) {
+    const pwrmgt_pwr_domain domain = domain_code(options.domain);
+    const std::span<const Column> columns = domain == PWRMGT_DOMAIN_SYSTEM
+                                                ? std::span<const Column>(kSystemColumns)
+                                                : std::span<const Column>(kDomainColumns);
+    return show<pwrmgt_hist_pwr_sample_t>(
+        options, Call::history_power, "",
+        history_of("pwrmgtctl.history.power/1", domain_title(options.domain),
+                   {{"domain", options.domain}}, columns),
+        [&](uint32_t period, pwrmgt_hist_pwr_sample_t* entries) {
+            return pwrmgt_get_history_power(domain, period, entries, kAllEntries);
+        },
+        [&](const pwrmgt_hist_pwr_sample_t& entry) { return values_of(entry, domain); });
+}
+
+Outcome show_psu(const Options& options) {
+    const std::string number = std::to_string(options.psu);
+    return show<pwrmgt_hist_psu_sample_t>(
+        options, Call::history_psu, "of supply " + number + ' ',
+        history_of("pwrmgtctl.history.psu/1", "Power of supply " + number, {{"psu", options.psu}},
+                   kPsuColumns),
+        [&](uint32_t period, pwrmgt_hist_psu_sample_t* entries) {
+            return pwrmgt_get_history_psu_powers(options.psu, period, entries, kAllEntries);
+        },
+        [](const pwrmgt_hist_psu_sample_t& entry) { return values_of(entry); });
+}
+
+Outcome show_performance(const Options& options) {
+    return show<pwrmgt_hist_perf_sample_t>(
+        options, Call::history_performance, "",
+        history_of("pwrmgtctl.history.performance/1", "Utilisation", Json::object(),
+                   kPerformanceColumns),
+        [](uint32_t period, pwrmgt_hist_perf_sample_t* entries) {
+            return pwrmgt_get_history_performance(period, entries, kAllEntries);
+        },
+        [](const pwrmgt_hist_perf_sample_t& entry) { return values_of(entry); });
+}
+
+using Show = Outcome (*)(const Options&);
+
+// The options that every history takes.
+void add_options(CLI::App& command, Options& options) {
+    command.add_option("--period", options.period, "How far back: 1h, 6h, 12h or 24h")
+        ->check(CLI::IsMember({"1h", "6h", "12h", "24h"}))
+        ->capture_default_str();
+    command.add_option("--entries", options.entries, "Show the newest N entries only, 1 to 120")
+        ->check(CLI::Range(1U, kAllEntries))
+        ->type_name("N")
+        ->capture_default_str();
+    CLI::Option* json =
+        command.add_flag("--json", options.json, "One JSON document instead of a table");
+    CLI::Option* chart = command.add_flag("--chart", options.chart,
+                                          "A chart of the first column instead of a table");
+    command.add_flag("--ascii", options.ascii, "Draw the chart with ASCII characters")
+        ->needs(chart);
+    command.add_flag("--local", options.local, "Local time instead of UTC")->excludes(json);
+    command.add_flag("--oldest-first", options.oldest_first, "Oldest entry on top")
+        ->excludes(chart);
+    command.add_flag("--timing", options.timing, "Tell how long the query took");
+    json->excludes(chart);
+}
+
+CLI::App& add_command(CLI::App& family, Action& chosen, const char* name, const char* description,
+                      Show run_it, std::shared_ptr<Options>& options) {
+    CLI::App* command = family.add_subcommand(name, description);
+    options = std::make_shared<Options>();
+    add_options(*command, *options);
+    command->callback(
+        [&chosen, options, run_it] { chosen = [options, run_it] { return run_it(*options); }; });
+    return *command;
+}
+
+}  // namespace
+
+void add_history(CLI::App& app, Action& chosen) {
+    CLI::App* family = app.add_subcommand("history", "Readings of the last 1, 6, 12 or 24 hours");
+    family->require_subcommand(1);
+    std::shared_ptr<Options> options;
+
+    CLI::App& power =
+        add_command(*family, chosen, "power", "Power of the system, the processors or the memory",
+                    show_power, options);
+    power
+        .add_option("--domain", options->domain, "What to show: system (DC and AC), cpu or memory")
+        ->check(CLI::IsMember({"system", "cpu", "memory"}))
+        ->capture_default_str();
+    power.footer(
+        "Examples:\n"
+        "  pwrmgtctl history power --period 24h\n"
+        "  pwrmgtctl history power --domain cpu --period 6h --chart\n"
+        "  pwrmgtctl history power --period 24h --json | jq '.entries[0].dc.avg_w'");
+
+    CLI::App& psu = add_command(*family, chosen, "psu", "Input and output power of one supply",
+                                show_psu, options);
+    psu.add_option("N", options->psu, "Bay number, 1 to 12")
+        ->required()
+        ->check(CLI::Range(1U, uint32_t{PWRMGT_MAX_PSU}));
+    psu.footer("Example:\n  pwrmgtctl history psu 2 --period 24h --entries 10");
+
+    CLI::App& performance =
+        add_command(*family, chosen, "performance",
+                    "Utilisation of system, processors, memory and I/O", show_performance, options);
+    performance.footer("Example:\n  pwrmgtctl history performance --period 12h --oldest-first");
+}
+
+}  // namespace pwrmgt::pwrmgtctl

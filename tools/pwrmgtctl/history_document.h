@@ -1,0 +1,58 @@
+// SPDX-License-Identifier: Apache-2.0
+// A history of any kind as a table, a JSON document or a chart.
+#pragma once
+
+#include <cstdint>
+#include <span>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "chart.h"
+#include "print.h"
+
+namespace pwrmgt::pwrmgtctl {
+
+// One value of every entry: its heading for people, its key and the object that holds the key in
+// JSON.
+struct Column {
+    std::string_view heading;
+    std::string_view group;  // empty: the key stands in the entry itself
+    std::string_view key;
+};
+
+struct Reading {
+    uint16_t index;
+    uint32_t timestamp_s;
+    std::vector<Value> values;  // one per column
+};
+
+struct History {
+    std::string_view schema;
+    std::string title;
+    Json subject;  // what it tells of: {"domain": "system"}, {"psu": 3}, {}
+    std::span<const Column> columns;
+    size_t charted;  // the column that a chart shows
+    std::vector<Reading>
+        readings;  // newest first; entries after the end of the data are not among them
+    uint32_t period_s;
+    uint32_t entry_s;
+    int64_t asked_at_s;
+    double query_ms;
+};
+
+enum class Order { newest_first, oldest_first };
+enum class Timing { off, on };
+
+struct Layout {
+    Zone zone;
+    Order order;
+    Timing timing;
+    Charset charset;
+};
+
+std::string history_table(const History& history, const Layout& layout);
+std::string history_json(const History& history, const Layout& layout);
+std::string history_chart(const History& history, const Layout& layout);
+
+}  // namespace pwrmgt::pwrmgtctl

@@ -1,0 +1,39 @@
+// SPDX-License-Identifier: Apache-2.0
+// The one place where the library's no-reading values become "nothing": past it no marker exists.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+
+#include "vekdb_pwrmgt.h"
+
+namespace pwrmgt::pwrmgtctl {
+
+using Value = std::optional<uint32_t>;
+
+inline Value watts(uint16_t stored) {
+    return stored == PWRMGT_NO_POWER ? Value{} : Value{stored};
+}
+
+inline Value percent(uint8_t stored) {
+    return stored == PWRMGT_NO_PERCENT ? Value{} : Value{stored};
+}
+
+// A percentage kept in a column of 16 bits: anything a byte cannot hold is no percentage either.
+inline Value wide_percent(uint16_t stored) {
+    return stored >= PWRMGT_NO_PERCENT ? Value{} : Value{stored};
+}
+
+// A byte that says a mode; 255 is one that was never set.
+inline Value mode(uint8_t stored) {
+    return percent(stored);
+}
+
+// The second group's mean: the library tests only the first group of a slot for "no reading", so a
+// slot with DC and without AC counts 65535 W into the AC mean. The maximum tells: then there is no
+// true mean to show.
+inline Value second_mean(uint16_t mean, uint16_t max) {
+    return max == PWRMGT_NO_POWER || mean > max ? Value{} : watts(mean);
+}
+
+}  // namespace pwrmgt::pwrmgtctl

@@ -1,0 +1,56 @@
+// SPDX-License-Identifier: Apache-2.0
+// Puts the command families together, parses, and turns every end of parsing into an outcome.
+#include <sstream>
+
+#include "command.h"
+
+namespace pwrmgt::pwrmgtctl {
+namespace {
+
+constexpr const char* kDescription =
+    "Shows the power and utilisation that the server's management controller has recorded.";
+
+constexpr const char* kFooter =
+    "Exit codes:\n"
+    "  0  shown\n"
+    "  1  failed: database, firmware, clock, or standard output\n"
+    "  2  wrong usage\n"
+    "  3  not offered on this platform\n"
+    "  4  nothing recorded\n"
+    "\n"
+    "Examples:\n"
+    "  pwrmgtctl realtime\n"
+    "  pwrmgtctl history power --period 24h --chart\n"
+    "  pwrmgtctl history psu 1 --period 6h --entries 5\n"
+    "  pwrmgtctl policy --json\n"
+    "\n"
+    "Each command has a --help of its own.";
+
+Outcome parse_outcome(const CLI::App& app, const CLI::ParseError& error) {
+    std::ostringstream out;
+    std::ostringstream hint;
+    // Help and version are no errors; they come as their text on the stream for documents.
+    if (app.exit(error, out, hint) == 0) return succeed(out.str());
+    return fail(Exit::usage, std::string(error.what()) + "\nTry 'pwrmgtctl --help'.");
+}
+
+}  // namespace
+
+Outcome run(int argc, const char* const* argv) {
+    CLI::App app(kDescription, "pwrmgtctl");
+    Action chosen;
+    app.set_version_flag("--version", "pwrmgtctl " PWRMGTCTL_VERSION);
+    app.footer(kFooter);
+    app.require_subcommand(1);
+    add_history(app, chosen);
+    add_realtime(app, chosen);
+    add_policy(app, chosen);
+    try {
+        app.parse(argc, argv);
+    } catch (const CLI::ParseError& error) {
+        return parse_outcome(app, error);
+    }
+    return chosen();
+}
+
+}  // namespace pwrmgt::pwrmgtctl

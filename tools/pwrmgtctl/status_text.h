@@ -1,0 +1,27 @@
+// SPDX-License-Identifier: Apache-2.0
+// What a status number means, in words and as an exit code: the same number has other causes in
+// other functions.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+#include "command.h"
+
+namespace pwrmgt::pwrmgtctl {
+
+enum class Call {
+    history_power,
+    history_psu,
+    history_performance,
+    realtime_stored,
+    realtime_live,
+    policy
+};
+
+// The failure that `status` is for this call; `about` says what was asked for where the cause has a
+// place for it, such as "in the last hour".
+Outcome explain(Call call, uint32_t status, std::string_view about);
+
+}  // namespace pwrmgt::pwrmgtctl
