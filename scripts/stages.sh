@@ -22,7 +22,7 @@ stage_field() { # <name> <field number>
 
 # need_stage_packages <stage>...: everything the stages need, in one go, before the first of them starts
 need_stage_packages() {
-    local wanted=('git:git' 'python3:python3-minimal' '/usr/lib/*/cmake/GTest/GTestConfig.cmake:libgtest-dev')
+    local wanted=('git:git' 'python3:python3-minimal' '/usr/include/gtest/gtest.h:libgtest-dev' '/usr/include/gmock/gmock.h:libgmock-dev')
     local stage
     for stage in "$@"; do
         case $stage in
