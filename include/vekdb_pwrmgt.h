@@ -43,15 +43,18 @@ extern "C" {
 
 /** Values that stand for "no reading", and limits of the queries. */
 enum {
-    PWRMGT_NO_POWER = 65535,         /**< no valid power reading, or a limit that is not set */
-    PWRMGT_NO_PERCENT = 255,         /**< no valid percentage */
-    PWRMGT_POLICY_UNREAD = 255,      /**< #g_power_policy_flag before the first read */
-    PWRMGT_RING_SLOTS = 2880,        /**< slots of the 24-hour ring, numbered 0..2879 */
-    PWRMGT_SLOT_SECONDS = 30,        /**< seconds per slot */
-    PWRMGT_MAX_PERIOD_ENTRIES = 120, /**< entries at most of a by-period query */
-    PWRMGT_MAX_PSU = 12,             /**< highest bay number */
-    PWRMGT_ORDER_SIZE = 32,          /**< bytes a caller gives for an ordering clause */
-    PWRMGT_FILTER_SIZE = 256         /**< bytes a caller gives for a filter clause */
+    PWRMGT_NO_POWER = 65535,          /**< no valid power reading, or a limit that is not set */
+    PWRMGT_NO_PERCENT = 255,          /**< no valid percentage */
+    PWRMGT_POLICY_UNREAD = 255,       /**< #g_power_policy_flag before the first read */
+    PWRMGT_RING_SLOTS = 2880,         /**< slots of the 24-hour ring, numbered 0..2879 */
+    PWRMGT_SLOT_SECONDS = 30,         /**< seconds per slot */
+    PWRMGT_MAX_PERIOD_ENTRIES = 120,  /**< entries at most of a by-period query */
+    PWRMGT_MAX_WINDOW_ENTRIES = 2880, /**< entries at most of a by-window query */
+    PWRMGT_MAX_CPU_ROWS = 20,         /**< rows at most of a processor query */
+    PWRMGT_ALL_CPUS = 255,            /**< processor selector: all eight */
+    PWRMGT_MAX_PSU = 12,              /**< highest bay number */
+    PWRMGT_ORDER_SIZE = 32,           /**< bytes a caller gives for an ordering clause */
+    PWRMGT_FILTER_SIZE = 256          /**< bytes a caller gives for a filter clause */
 };
 
 /** History period codes. */
@@ -83,6 +86,18 @@ enum {
     PWRMGT_DOMAIN_MEMORY = 2,
     PWRMGT_DOMAIN_PSU = 3
 };
+#endif
+
+/**
+ * A supply's bay number, 1..12, passed by value.
+ *
+ * In C++ an enumeration of its own type, as for #pwrmgt_pwr_domain: cast a number
+ * to it. In C a 32-bit integer.
+ */
+#ifdef __cplusplus
+enum psu_id_t : uint32_t {};
+#else
+typedef uint32_t psu_id_t;
 #endif
 
 /* ------------------------------------------------------------------------
@@ -160,6 +175,35 @@ typedef struct pwrmgt_hist_sample_t {
     pwrmgt_hist_psu_sample_t psu[4]; /**< supplies 1 to 4 */
     pwrmgt_hist_perf_sample_t perf;  /**< percentages */
 } pwrmgt_hist_sample_t;
+
+/** One 30-second slot of supplies 5 to 12. 96 bytes; `index` and `timestamp` are not stored. */
+typedef struct pwrmgt_hist_extra_sample_t {
+    pwrmgt_hist_psu_sample_t psu[8]; /**< supplies 5 to 12 */
+} pwrmgt_hist_extra_sample_t;
+
+/** One row of the processor history. 24 bytes; two bytes of alignment follow `id`. */
+typedef struct pwrmgt_cpu_pwr_sample_t {
+    uint16_t id;        /**< stored as `_id` */
+    uint32_t timestamp; /**< stored as `Timestamp`, seconds */
+    uint16_t cpu_w[8];  /**< average power of processors 1 to 8, watts; 65535 = no reading */
+} pwrmgt_cpu_pwr_sample_t;
+
+/**
+ * One entry of one processor's history. 12 bytes; two bytes of alignment follow
+ * `index` and two stand at the end.
+ */
+typedef struct pwrmgt_hist_cpu_pwr_t {
+    uint16_t index;     /**< row number, 0 = newest */
+    uint32_t timestamp; /**< the row's time, seconds; 0 = no such row */
+    uint16_t cpu_pwr;   /**< average power as stored, watts; 65535 = no reading */
+} pwrmgt_hist_cpu_pwr_t;
+
+/** One entry of all processors' history. 24 bytes; two bytes of alignment follow `index`. */
+typedef struct pwrmgt_hist_entire_cpu_pwr_t {
+    uint16_t index;      /**< row number, 0 = newest */
+    uint32_t timestamp;  /**< the row's time, seconds; 0 = no such row */
+    uint16_t cpu_pwr[8]; /**< average power of processors 1 to 8, watts; 65535 = no reading */
+} pwrmgt_hist_entire_cpu_pwr_t;
 
 /**
  * The power policy, without its three unstress columns. 20 bytes; one byte of
@@ -334,6 +378,85 @@ PWRMGT_API uint32_t pwrmgt_save_hist_mem_table(uint32_t db, int32_t* last_saved)
  *         ORed. Earlier failures are not reported and stop nothing.
  */
 PWRMGT_API uint32_t pwrmgt_update_hist_persist_db(uint32_t db, int32_t first, uint32_t count);
+
+/**
+ * Prepares the history of supplies 5 to 12 at daemon start, as
+ * pwrmgt_init_hist_table() does for the main one, without reading a last row.
+ *
+ * @param db   open connection
+ * @param now  current time, seconds; up to 86400 nothing is trimmed
+ * @retval 0  done
+ * @retval 1  `db` is 0
+ * @retval 6  the trim or the truncate failed
+ * @return otherwise the client's own result of the copy, unchanged
+ */
+PWRMGT_API uint32_t pwrmgt_init_hist_extra_table(uint32_t db, int32_t now);
+
+/**
+ * Appends one slot of supplies 5 to 12 to `HistExtraPowers24HrMem`.
+ *
+ * @param db         open connection
+ * @param id         ring slot, 0..2879; stored as it is
+ * @param timestamp  start of the slot, seconds, above 0
+ * @param sample     the slot's values
+ * @retval 0  stored
+ * @retval 1  `db` is 0, or `timestamp` is 0 or negative; nothing is written
+ * @retval 7  no content could be made
+ * @return otherwise the client's own result of the insert, unchanged
+ */
+PWRMGT_API uint32_t pwrmgt_update_hist_extra_table(uint32_t db, uint16_t id, int32_t timestamp,
+                                                   pwrmgt_hist_extra_sample_t sample);
+
+/**
+ * Trims `HistExtraPowers24HrMem`, then `HistExtraPowers24Hr`, to the last 24
+ * hours, as pwrmgt_cleanup_hist_mem_table() does for the main history.
+ *
+ * @param db   open connection
+ * @param now  current time, seconds; below 86401 nothing is trimmed
+ * @retval 0  done
+ * @retval 1  `db` is 0
+ * @retval 6  a delete failed; the second table is then not tried
+ */
+PWRMGT_API uint32_t pwrmgt_cleanup_extra_hist_mem_table(uint32_t db, int32_t now);
+
+/**
+ * Copies working rows above a slot number into `HistExtraPowers24Hr`.
+ *
+ * @param db          open connection; not tested
+ * @param last_saved  slot number above which rows are copied; the caller keeps it
+ * @retval 0  done
+ * @retval 4  the copy failed
+ *
+ * With 0 every row but slot 0 is copied. On a ring that has wrapped, rows that
+ * are saved already are copied once more.
+ */
+PWRMGT_API uint32_t pwrmgt_save_extra_hist_mem_table(uint32_t db, int32_t last_saved);
+
+/**
+ * Appends one row to the processor history, `HistCpuPowersMem`.
+ *
+ * @param db      open connection
+ * @param sample  slot number, time and power of eight processors; a time of 0 is
+ *                stored like any other
+ * @retval 0  stored
+ * @retval 1  `db` is 0
+ * @retval 7  no content could be made
+ * @return otherwise the client's own result of the insert, unchanged
+ */
+PWRMGT_API uint32_t pwrmgt_update_cpu_pwr_hist_table(uint32_t db, pwrmgt_cpu_pwr_sample_t sample);
+
+/**
+ * Trims `HistCpuPowersMem` to the last 600 seconds.
+ *
+ * @param db   open connection
+ * @param now  current time, seconds; below 601 nothing is trimmed
+ * @retval 0  done
+ * @retval 1  `db` is 0
+ * @retval 6  the delete failed
+ *
+ * Rows stamped `now` - 600 and `now` stay.
+ */
+PWRMGT_API uint32_t pwrmgt_cleanup_cpu_pwr_hist_table(uint32_t db, uint32_t now);
 
 /* ------------------------------------------------------------------------
  * Power history: windows and period arithmetic
@@ -529,6 +652,132 @@ PWRMGT_API uint32_t pwrmgt_get_history_performance(uint32_t period,
                                                    uint32_t count);
 
 /* ------------------------------------------------------------------------
+ * Power history: queries by time window
+ *
+ * The window ends at `end_time` and reaches back `minutes`, its start cut to a
+ * multiple of 30 seconds. Entries = 2 * `minutes` / `samples_per_entry`, cut to a
+ * whole number; negative `minutes` make none. The grid starts at the newest row
+ * inside the window. Each query opens and closes its own connection.
+ * ------------------------------------------------------------------------ */
+
+/**
+ * Power of the system, the processors or the memory in a window, newest entry
+ * first. From `HistPowers24HrMem`.
+ *
+ * @param domain             0 = system (DC and AC), 1 = processors, 2 = memory
+ * @param end_time           end of the window, seconds
+ * @param minutes            length of the window, at most 1440
+ * @param samples_per_entry  30-second slots per entry, 1..24
+ * @param entries            [out] caller's array, one record per entry: 2880 hold any window
+ * @param count_out          [out] number of entries; stored once the rows were
+ *                           selected, data or not
+ * @retval 0   filled; at least one entry holds a reading
+ * @retval 1   `entries` is null
+ * @retval 10  not offered on this platform
+ * @retval 11  `samples_per_entry` outside 1..24, or `minutes` above 1440
+ * @retval 2   the database did not open
+ * @retval 3   `domain` above 2, or the query failed
+ * @retval 8   nothing recorded in the window (entries untouched), no valid
+ *             reading (entries written), or no entries
+ */
+PWRMGT_API uint32_t pwrmgt_get_history_power_by_tm(pwrmgt_pwr_domain domain, int32_t end_time,
+                                                   int32_t minutes, int32_t samples_per_entry,
+                                                   pwrmgt_hist_pwr_sample_t* entries,
+                                                   uint32_t* count_out);
+
+/**
+ * AC and DC power of one supply in a window, newest entry first. From
+ * `HistPowers24HrMem` (bays 1 to 4) or `HistExtraPowers24HrMem` (bays 5 to 12).
+ *
+ * @param psu                bay number, 1..12
+ * @param end_time           end of the window, seconds
+ * @param minutes            length of the window, at most 1440
+ * @param samples_per_entry  30-second slots per entry, 1..24
+ * @param entries            [out] caller's array, one record per entry
+ * @param count_out          [out] number of entries, as in
+ *                           pwrmgt_get_history_power_by_tm()
+ * @retval 0   filled; at least one entry holds a reading
+ * @retval 1   `entries` is null
+ * @retval 10  not offered on this platform
+ * @retval 11  `samples_per_entry` outside 1..24, or `minutes` above 1440
+ * @retval 8   a bay above what the machine has; later: nothing recorded in the
+ *             window, no valid reading, or no entries
+ * @retval 2   the database did not open
+ * @retval 3   no such bay, or the query failed
+ *
+ * The machine's number of bays is the byte property
+ * "/dc/tavn/dm/planar/0/psu/maxcount". Unreadable or 4: bays above 4 end with 8.
+ * 2: bays above 3 do. Any other number bounds nothing. An empty window writes
+ * every entry as missing here.
+ */
+PWRMGT_API uint32_t pwrmgt_get_history_psu_power_by_tm(int32_t psu, int32_t end_time,
+                                                       int32_t minutes, int32_t samples_per_entry,
+                                                       pwrmgt_hist_psu_sample_t* entries,
+                                                       uint32_t* count_out);
+
+/**
+ * Utilisation percentages in a window, newest entry first. From
+ * `HistPowers24HrMem`.
+ *
+ * @param end_time           end of the window, seconds
+ * @param minutes            length of the window, at most 1440
+ * @param samples_per_entry  30-second slots per entry, 1..24
+ * @param entries            [out] caller's array, one record per entry
+ * @param count_out          [out] number of entries, as in
+ *                           pwrmgt_get_history_power_by_tm()
+ * @retval 0   filled; at least one entry holds a reading
+ * @retval 1   `entries` is null
+ * @retval 10  not offered on this platform
+ * @retval 11  `samples_per_entry` outside 1..24, or `minutes` above 1440
+ * @retval 2   the database did not open
+ * @retval 3   the query failed
+ * @retval 8   nothing recorded in the window, no valid reading, or no entries
+ *
+ * An empty window writes every entry as missing.
+ */
+PWRMGT_API uint32_t pwrmgt_get_history_performance_by_tm(int32_t end_time, int32_t minutes,
+                                                         int32_t samples_per_entry,
+                                                         pwrmgt_hist_perf_sample_t* entries,
+                                                         uint32_t* count_out);
+
+/* ------------------------------------------------------------------------
+ * Processor power history
+ *
+ * Rows of `HistCpuPowersMem` as they are, newest first: no grid, no folding, no
+ * support gate. The window is the last 90 + 30 * `count` seconds. Each query
+ * opens and closes its own connection.
+ * ------------------------------------------------------------------------ */
+
+/**
+ * The newest rows of one processor or of all.
+ *
+ * @param cpu      1..8 = one processor, 255 = all
+ * @param entries  [out] `count` records: pwrmgt_hist_cpu_pwr_t for one processor,
+ *                 pwrmgt_hist_entire_cpu_pwr_t for all
+ * @param count    rows wanted, 0..20
+ * @retval 0   filled; entries beyond the last row are zeroed
+ * @retval 1   `entries` is null
+ * @retval 10  `cpu` is neither 1..8 nor 255, or `count` above 20
+ * @retval 2   the database did not open
+ * @retval 3   the query failed
+ * @retval 8   no row in the window; entries untouched
+ */
+PWRMGT_API uint32_t pwrmgt_get_cpu_power_per_index(uint32_t cpu, void* entries, uint32_t count);
+
+/** As pwrmgt_get_cpu_power_per_index(). */
+PWRMGT_API uint32_t pwrmgt_get_history_cpu_power(uint32_t cpu, void* entries, uint32_t count);
+
+/** As pwrmgt_get_cpu_power_per_index() with all processors. */
+PWRMGT_API uint32_t pwrmgt_get_history_entire_cpu_power(pwrmgt_hist_entire_cpu_pwr_t* entries,
+                                                        uint32_t count);
+
+/** As pwrmgt_get_cpu_power_per_index() for one row, of the last 120 seconds. */
+PWRMGT_API uint32_t pwrmgt_get_latest_cpu_power(uint32_t cpu, void* entries);
+
+/** As pwrmgt_get_cpu_power_per_index() for one row of all processors, of the last 120 seconds. */
+PWRMGT_API uint32_t pwrmgt_get_latest_entire_cpu_power(pwrmgt_hist_entire_cpu_pwr_t* entries);
+
+/* ------------------------------------------------------------------------
  * Power policy and support gate
  * ------------------------------------------------------------------------ */
 
@@ -620,5 +869,29 @@ PWRMGT_API uint32_t pwrmgt_get_realtime_powers(pwrmgt_realtime_pwr_t* out);
  * @retval 0  any other name
  */
 PWRMGT_API uint32_t judge_power_function(const char* name);
+
+/**
+ * The last minutes of power history as one entry.
+ *
+ * @param domain   0 = system, 1 = processors, 2 = memory, 3 = one supply
+ * @param minutes  length of the window up to now; `2 * minutes + 1` slots are folded
+ * @param summary  [out] one record. Domains 0 to 2: as an entry of
+ *                 pwrmgt_get_history_power(). Domain 3: `avg` = average DC power,
+ *                 `avg2` = average AC power, nothing else is written
+ * @param psu      bay number, 1..12; looked at for domain 3 only
+ * @retval 0   filled
+ * @retval 1   `summary` is null
+ * @retval 10  not offered on this platform
+ * @retval 2   the database did not open
+ * @retval 31  the clock reads below 0
+ * @retval 3   `domain` above 3, no such bay, or the query failed
+ * @retval 8   nothing recorded (summary untouched), or no valid reading
+ *             (untouched for domain 3 only)
+ *
+ * Opens and closes its own connection.
+ */
+PWRMGT_API uint32_t pwrmgt_get_duration_summary_power(pwrmgt_pwr_domain domain, int minutes,
+                                                      pwrmgt_hist_pwr_sample_t* summary,
+                                                      psu_id_t psu);
 
 #endif

@@ -28,6 +28,8 @@ inline constexpr std::array kColumnNames{
     /*  58 */ "IsBlade", "RedunMode", "MaximStatus", "CapEnable", "CapMode", "CapValue", "CapSoftAc",
               "CapMinAc", "CapMaxAc", "CapSoftDc", "CapMinDc", "CapMaxDc", "UnstressAdapterPwr",
               "UnstressFanPwr", "UnstressHddPwr",
+    /*  73 */ "Timestamp", "Cpu1AvgPwr", "Cpu2AvgPwr", "Cpu3AvgPwr", "Cpu4AvgPwr", "Cpu5AvgPwr",
+              "Cpu6AvgPwr", "Cpu7AvgPwr", "Cpu8AvgPwr",
 };
 // clang-format on
 
@@ -53,6 +55,7 @@ inline constexpr Columns kCpuColumns = column_list(7, 4);
 inline constexpr Columns kMemoryColumns = column_list(11, 4);
 inline constexpr Columns kPercentColumns = column_list(51, 7);
 inline constexpr Columns kPolicyColumns = column_list(58, 15);
+inline constexpr Columns kEachCpuColumns = column_list(73, 9);
 
 // `psu` is a bay, 1 to 12.
 constexpr Columns psu_columns(uint32_t psu) {

@@ -18,9 +18,15 @@ struct Prune {
     UpperBound upper;
 };
 
-// Kept: a row stamped exactly `now` goes from the power tables. [RowStampedNowIsTrimmed]
+// Kept: a row stamped exactly `now` goes from the 24-hour power tables. [RowStampedNowIsTrimmed]
 inline constexpr Prune kHistWorking{kHistPowers.working, kDaySeconds, UpperBound::from_now};
 inline constexpr Prune kHistPersistent{kHistPowers.persistent, kDaySeconds, UpperBound::from_now};
+inline constexpr Prune kExtraWorking{kHistExtraPowers.working, kDaySeconds, UpperBound::from_now};
+inline constexpr Prune kExtraPersistent{kHistExtraPowers.persistent, kDaySeconds,
+                                        UpperBound::from_now};
+
+// Kept: a row stamped exactly `now` stays in the processor table. [ProcessorRowStampedNowStays]
+inline constexpr Prune kCpuWorking{kHistCpuPowers, 600, UpperBound::after_now};
 
 // True when `now` lies far enough after the epoch for the lower bound to be a time.
 constexpr bool day_has_passed(int32_t now) {

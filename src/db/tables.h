@@ -18,6 +18,8 @@ inline constexpr const char* kPowerPolicy = "PowerPolicy";
 inline constexpr Twin kHistPowers{"HistPowers24HrMem", "HistPowers24Hr"};
 inline constexpr Twin kHistExtraPowers{"HistExtraPowers24HrMem", "HistExtraPowers24Hr"};
 
+inline constexpr const char* kHistCpuPowers = "HistCpuPowersMem";
+
 inline constexpr int32_t kDaySeconds = 86400;
 inline constexpr uint32_t kSlotSeconds = 30;
 inline constexpr uint32_t kRingSlots = 2880;

@@ -2,11 +2,12 @@
 // Reading in: the working power history and its persistent twin from start to save.
 #include <cstdint>
 
-#include "db/prune.h"
 #include "db/session.h"
+#include "history/twins.h"
 #include "vekdb_pwrmgt.h"
 
 using namespace pwrmgt::db;
+using namespace pwrmgt::history;
 
 namespace {
 
@@ -31,11 +32,8 @@ int replace_slot(uint32_t db, int32_t slot) {
 extern "C" uint32_t pwrmgt_init_hist_table(uint32_t db, int32_t now, int32_t* last_id,
                                            int32_t* last_timestamp) {
     if (db == 0) return code(Status::null_argument);
-    if (day_has_passed(now)) {
-        const Status trimmed = prune(db, kHistPersistent, static_cast<uint32_t>(now));
-        if (trimmed != Status::ok) return code(trimmed);
-    }
-    if (truncate(db, kHistPowers.working) != 0) return code(Status::statement_failed);
+    const Status ready = ready_for_copy(db, kMain, now);
+    if (ready != Status::ok) return code(ready);
     if (copy_all(db, kHistPowers.working, kHistPowers.persistent) != 0) {
         return code(Status::copy_failed);
     }
@@ -57,10 +55,7 @@ extern "C" uint32_t pwrmgt_load_hist_bak_table(uint32_t db) {
 
 extern "C" uint32_t pwrmgt_cleanup_hist_mem_table(uint32_t db, int32_t now) {
     if (db == 0) return code(Status::null_argument);
-    if (!day_has_passed(now)) return code(Status::ok);
-    const Status trimmed = prune(db, kHistWorking, static_cast<uint32_t>(now));
-    if (trimmed != Status::ok) return code(trimmed);
-    return code(prune(db, kHistPersistent, static_cast<uint32_t>(now)));
+    return code(trim_both(db, kMain, now));
 }
 
 extern "C" uint32_t pwrmgt_save_hist_mem_table(uint32_t db, int32_t* last_saved) {

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-// The one query pipeline: connection, window, select, rows, fold. Differences are arguments.
+// The one query pipeline behind a connection and a window: select, rows, fold. Differences are
+// arguments.
 #pragma once
 
 #include <cstdint>
@@ -12,30 +13,20 @@
 
 namespace pwrmgt::query {
 
-// The rows of a window; query_failed also without a source.
-inline db::Status select_window(uint32_t db, const std::optional<Source>& source,
-                                const Window& window, db::Result& rows) {
-    if (!source) return db::Status::query_failed;
-    return db::select(db, {source->table, source->columns, window.filter, window.order}, rows);
-}
-
-// Folds the last `period` with `read(result, samples per entry)`; an empty window is `when_empty`.
+// Folds the window's rows with `read(result)`, which tells 1 when an entry got a valid sample. An
+// empty window ends with `when_empty`; without one the row count is not asked for. No source:
+// query_failed.
 template <class Read>
-db::Status by_period(const std::optional<Source>& source, uint32_t period, uint32_t count,
-                     db::Status when_empty, Read read) {
+db::Status fold_window(uint32_t db, const std::optional<Source>& source, const Window& window,
+                       std::optional<db::Status> when_empty, Read read) {
     using db::Status;
-    const db::Connection db{pwrmgt_get_db_handle()};
-    if (!db) return Status::no_connection;
-    Window window;
-    if (pwrmgt_hist_query_string(window.order, window.filter, period, count) != 0) {
-        return Status::no_window;
-    }
+    if (!source) return Status::query_failed;
     db::Result rows;
-    const Status found = select_window(db.get(), source, window, rows);
+    const Status found =
+        db::select(db, {source->table, source->columns, window.filter, window.order}, rows);
     if (found != Status::ok) return found;
-    if (vek_db_result_row_count(rows.get()) < 1) return when_empty;
-    const bool any = read(rows.get(), pwrmgt_get_samples_perIndex(period)) == 1;
-    return any ? Status::ok : Status::no_valid_sample;
+    if (when_empty && vek_db_result_row_count(rows.get()) < 1) return *when_empty;
+    return read(rows.get()) == 1 ? Status::ok : Status::no_valid_sample;
 }
 
 }  // namespace pwrmgt::query

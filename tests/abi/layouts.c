@@ -87,6 +87,24 @@ FIELD(pwrmgt_hist_sample_t, memory, 40, 20);
 FIELD(pwrmgt_hist_sample_t, psu, 60, 48);
 FIELD(pwrmgt_hist_sample_t, perf, 108, 16);
 
+RECORD(pwrmgt_hist_extra_sample_t, 96, 4);
+FIELD(pwrmgt_hist_extra_sample_t, psu, 0, 96);
+
+RECORD(pwrmgt_cpu_pwr_sample_t, 24, 4);
+FIELD(pwrmgt_cpu_pwr_sample_t, id, 0, 2);
+FIELD(pwrmgt_cpu_pwr_sample_t, timestamp, 4, 4);
+FIELD(pwrmgt_cpu_pwr_sample_t, cpu_w, 8, 16);
+
+RECORD(pwrmgt_hist_cpu_pwr_t, 12, 4);
+FIELD(pwrmgt_hist_cpu_pwr_t, index, 0, 2);
+FIELD(pwrmgt_hist_cpu_pwr_t, timestamp, 4, 4);
+FIELD(pwrmgt_hist_cpu_pwr_t, cpu_pwr, 8, 2);
+
+RECORD(pwrmgt_hist_entire_cpu_pwr_t, 24, 4);
+FIELD(pwrmgt_hist_entire_cpu_pwr_t, index, 0, 2);
+FIELD(pwrmgt_hist_entire_cpu_pwr_t, timestamp, 4, 4);
+FIELD(pwrmgt_hist_entire_cpu_pwr_t, cpu_pwr, 8, 16);
+
 RECORD(pwrmgt_power_policy_t, 20, 2);
 FIELD(pwrmgt_power_policy_t, is_blade, 0, 1);
 FIELD(pwrmgt_power_policy_t, redun_mode, 1, 1);
