@@ -1,0 +1,54 @@
+// SPDX-License-Identifier: Apache-2.0
+// Request and response of one exchange, as every transport sees them.
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <span>
+
+namespace pwrmgt::ipmi {
+
+inline constexpr std::size_t kHeaderBytes = 4;
+inline constexpr std::size_t kMaxResponseBytes = 256;
+
+// A frame of at least kHeaderBytes: responder address, network function, LUN, command, data.
+class Request {
+public:
+    explicit Request(std::span<const std::uint8_t> frame) : frame_(frame) {}
+
+    std::uint8_t responder() const { return frame_[0]; }
+    std::uint8_t netfn() const { return frame_[1]; }
+    std::uint8_t lun() const { return frame_[2]; }
+    std::uint8_t command() const { return frame_[3]; }
+    std::span<const std::uint8_t> payload() const { return frame_.subspan(kHeaderBytes); }
+    std::size_t length() const { return frame_.size(); }
+
+private:
+    std::span<const std::uint8_t> frame_;
+};
+
+// Completion code and data, put together byte by byte; what does not fit into the 256 bytes that a
+// caller has room for is dropped.
+class Response {
+public:
+    void u8(std::uint8_t value) {
+        if (length_ < bytes_.size()) bytes_[length_++] = value;
+    }
+    void le16(std::uint16_t value) {
+        u8(static_cast<std::uint8_t>(value & 0xFF));
+        u8(static_cast<std::uint8_t>(value >> 8));
+    }
+    void le32(std::uint32_t value) {
+        le16(static_cast<std::uint16_t>(value & 0xFFFF));
+        le16(static_cast<std::uint16_t>(value >> 16));
+    }
+
+    std::span<const std::uint8_t> bytes() const { return std::span(bytes_).first(length_); }
+
+private:
+    std::array<std::uint8_t, kMaxResponseBytes> bytes_{};
+    std::size_t length_ = 0;
+};
+
+}  // namespace pwrmgt::ipmi

@@ -1,0 +1,18 @@
+// SPDX-License-Identifier: Apache-2.0
+// Where requests go: the transport that $VEKDB_IPMI names, asked for at each exchange.
+#pragma once
+
+namespace pwrmgt::ipmi {
+
+// What send_ipmi_cmd() returns; only `done` means that there is a completion code.
+enum class Send : int {
+    done = 0,
+    null_argument = 1,
+    short_request = 2,      // not even a header
+    not_built = 3,          // a transport that this build knows by name only
+    unknown_transport = 4,  // $VEKDB_IPMI names none
+    no_answer = 5,          // nobody has that responder address
+    out_of_resources = 6,
+};
+
+}  // namespace pwrmgt::ipmi
