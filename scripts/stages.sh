@@ -22,7 +22,8 @@ stage_field() { # <name> <field number>
 
 # need_stage_packages <stage>...: everything the stages need, in one go, before the first of them starts
 need_stage_packages() {
-    local wanted=('git:git' 'python3:python3-minimal' '/usr/include/gtest/gtest.h:libgtest-dev' '/usr/include/gmock/gmock.h:libgmock-dev')
+    local wanted=('git:git' 'python3:python3' '/usr/include/gtest/gtest.h:libgtest-dev'
+        '/usr/include/gmock/gmock.h:libgmock-dev')
     local stage
     for stage in "$@"; do
         case $stage in
@@ -44,7 +45,7 @@ need_stage_packages() {
 run_ctest() {
     local preset=$1
     shift
-    (cd "$PROJECT_ROOT" && ctest --preset "$preset" -j "$(nproc)" ${CTEST_MORE:-} "$@" </dev/null)
+    (cd "$PROJECT_ROOT" && ctest --preset "$preset" -j "$(nproc)" "$@" </dev/null)
 }
 
 # The checks of the tree are the same in every build: one stage runs them.
@@ -75,7 +76,7 @@ stage_size() {
     copy=$(mktemp)
     printf '%-10s %10s %10s %10s %16s\n' build text data bss 'stripped file'
     for preset in release arm; do
-        strip=strip
+        strip='strip'
         [ $preset = arm ] && strip=arm-linux-gnueabihf-strip
         library=$PROJECT_ROOT/build/$preset/src/libvekdb_pwrmgt.so
         "$strip" --strip-unneeded -o "$copy" "$library" || return
@@ -85,6 +86,8 @@ stage_size() {
     done
     rm -f "$copy"
 }
+
+is_testless() { [[ " tidy size valgrind " == *" $1 "* ]]; }
 
 # run_stages <stage>...: runs them, keeps each one's output in build/logs, prints the table and the closing line.
 # Returns 1 when a stage failed.
@@ -98,14 +101,19 @@ run_stages() {
         if ("stage_$stage") >"$log" 2>&1; then result=passed; else result=FAILED; fi
         seconds=$((SECONDS - start))
         count_tests "$log"
-        # A stage that only builds, or that did not come to its tests, counts as one.
+        # A stage that is there to run tests and ran none, or skipped them all, has shown nothing.
+        if [ $result = passed ] && [ "$stage_passed" -eq 0 ] && ! is_testless "$stage"; then
+            result=FAILED
+            say "no test was run" >>"$log"
+        fi
+        # A stage that failed before its tests, or has none, counts as one failed test.
         if [ $result = FAILED ] && [ "$stage_failed" -eq 0 ]; then stage_failed=1; fi
         passed=$((passed + stage_passed))
         failed=$((failed + stage_failed))
         say "$result"
         if [ $result = FAILED ]; then
             bad=1
-            tail -n 80 "$log" | sed 's/^/    /'
+            grep -vE '^ +Start +[0-9]+: |\.\.\. +Passed +[0-9.]+ sec$' "$log" | tail -n 80 | sed 's/^/    /' || true
             say "    (all of it: build/logs/$stage.log)"
         elif [ "$stage" = size ]; then
             grep -A 3 '^build ' "$log"
