@@ -8,6 +8,7 @@
 #include <string>
 #include <string_view>
 
+#include "loaded.h"
 #include "support/temp_file.h"
 
 namespace {
@@ -17,15 +18,6 @@ using pwrmgt::trace::LoadResult;
 using pwrmgt::trace::Reading;
 using pwrmgt::trace::Trace;
 
-// Loads a text that must be a good trace.
-Trace loaded(std::string_view text) {
-    const TempFile file(text);
-    LoadResult result = load(file.path());
-    EXPECT_EQ(result.error, "");
-    if (!result.trace) return Trace({Reading{}}, 0, 0);
-    return *result.trace;
-}
-
 // The error of a text that must be refused, without the file's name.
 std::string refused(std::string_view text) {
     const TempFile file(text);
@@ -33,10 +25,6 @@ std::string refused(std::string_view text) {
     EXPECT_FALSE(result.trace.has_value());
     EXPECT_EQ(result.error.substr(0, file.path().size()), file.path());
     return result.error.substr(file.path().size());
-}
-
-Reading first_row(std::string_view text) {
-    return loaded(text).readings().front();
 }
 
 TEST(MeasuredTrace, MissingFileIsNamedWithTheReason) {
@@ -209,166 +197,6 @@ TEST(MeasuredTrace, FractionsAreRoundedToTheNearestWholeNumber) {
     EXPECT_EQ(row.cpu_w, 60);
     EXPECT_EQ(row.mem_w, 30);
     EXPECT_EQ(row.cpu_pct, 8);
-}
-
-TEST(MeasuredTrace, OneSystemPowerCountsAsAcAndDc) {
-    const Reading row = first_row("epoch_s,sys_power_W\n1000,270\n");
-
-    EXPECT_EQ(row.system_ac_w, 270);
-    EXPECT_EQ(row.system_dc_w, 270);
-}
-
-constexpr std::string_view kTwoSupplies =
-    "epoch_s,sys_power_W,psu1_ac_in_W,psu1_dc_out_W,psu2_ac_in_W,psu2_dc_out_W\n";
-
-TEST(MeasuredTrace, SystemDcIsTheSumOverTheSupplies) {
-    const Reading row = first_row(std::string(kTwoSupplies) + "1000,270,95,80,160,145\n");
-
-    EXPECT_EQ(row.system_ac_w, 270);
-    EXPECT_EQ(row.system_dc_w, 225);
-    EXPECT_EQ(row.supplies[0].ac_in_w, 95);
-    EXPECT_EQ(row.supplies[0].dc_out_w, 80);
-    EXPECT_EQ(row.supplies[1].ac_in_w, 160);
-    EXPECT_EQ(row.supplies[1].dc_out_w, 145);
-}
-
-TEST(MeasuredTrace, RowWithoutOneSupplyValueHasNoSystemPower) {
-    const Reading row = first_row(std::string(kTwoSupplies) + "1000,270,95,80,,145\n");
-
-    EXPECT_EQ(row.system_ac_w, std::nullopt);
-    EXPECT_EQ(row.system_dc_w, std::nullopt);
-    EXPECT_EQ(row.supplies[1].ac_in_w, std::nullopt);
-    EXPECT_EQ(row.supplies[1].dc_out_w, 145);
-}
-
-TEST(MeasuredTrace, RowWithSuppliesButNoSystemPowerHasNeitherAcNorDc) {
-    const Reading row = first_row(std::string(kTwoSupplies) + "1000,,95,80,160,145\n");
-
-    EXPECT_EQ(row.system_ac_w, std::nullopt);
-    EXPECT_EQ(row.system_dc_w, std::nullopt);
-}
-
-TEST(MeasuredTrace, SuppliesWithoutDcColumnsLeaveOneSystemPower) {
-    const Reading row = first_row("epoch_s,sys_power_W,psu1_ac_in_W\n1000,270,280\n");
-
-    EXPECT_EQ(row.system_ac_w, 270);
-    EXPECT_EQ(row.system_dc_w, 270);
-    EXPECT_EQ(row.supplies[0].dc_out_w, std::nullopt);
-}
-
-TEST(MeasuredTrace, OneSupplyWithoutADcColumnLeavesNoSystemPower) {
-    const Reading row = first_row(
-        "epoch_s,sys_power_W,psu1_ac_in_W,psu1_dc_out_W,psu2_ac_in_W\n1000,270,95,80,160\n");
-
-    EXPECT_EQ(row.system_ac_w, std::nullopt);
-    EXPECT_EQ(row.system_dc_w, std::nullopt);
-}
-
-TEST(MeasuredTrace, SumAbove65534WattsIsNoSystemPower) {
-    const Reading row = first_row(std::string(kTwoSupplies) + "1000,270,95,65534,160,1\n");
-
-    EXPECT_EQ(row.system_ac_w, std::nullopt);
-    EXPECT_EQ(row.system_dc_w, std::nullopt);
-}
-
-TEST(MeasuredTrace, SupplyCountIsTheHighestNumberedColumn) {
-    EXPECT_EQ(loaded("epoch_s,sys_power_W\n1,2\n").supply_count(), 0u);
-    EXPECT_EQ(loaded(std::string(kTwoSupplies) + "1,2,3,4,5,6\n").supply_count(), 2u);
-    EXPECT_EQ(loaded("epoch_s,psu12_dc_out_W\n1,2\n").supply_count(), 12u);
-}
-
-constexpr std::string_view kTwoProbes = "epoch_s,probe1_active_power_W,probe2_active_power_W\n";
-
-TEST(MeasuredTrace, WallMeterGivesAcPerSupplyAndLeavesItsDcUnknown) {
-    const Reading row = first_row(std::string(kTwoProbes) + "1000,28.5,29.4\n");
-
-    EXPECT_EQ(row.supplies[0].ac_in_w, 29);
-    EXPECT_EQ(row.supplies[1].ac_in_w, 29);
-    EXPECT_EQ(row.supplies[0].dc_out_w, std::nullopt);
-    EXPECT_EQ(row.supplies[1].dc_out_w, std::nullopt);
-}
-
-TEST(MeasuredTrace, WallMeterSumIsTheOneSystemPower) {
-    const Reading row = first_row(std::string(kTwoProbes) + "1000,28,30\n");
-
-    EXPECT_EQ(row.system_ac_w, 58);
-    EXPECT_EQ(row.system_dc_w, 58);
-}
-
-TEST(MeasuredTrace, WallMeterRowWithoutOneProbeHasNoSystemPower) {
-    const Reading row = first_row(std::string(kTwoProbes) + "1000,28,\n");
-
-    EXPECT_EQ(row.system_ac_w, std::nullopt);
-    EXPECT_EQ(row.system_dc_w, std::nullopt);
-    EXPECT_EQ(row.supplies[0].ac_in_w, 28);
-}
-
-TEST(MeasuredTrace, RowHoldsFromItsOwnSecondUntilTheNextRow) {
-    const Trace trace = loaded("epoch_s,cpu_power_W\n1000,60\n1063,61\n");
-
-    EXPECT_EQ(trace.reading_at(999), nullptr);
-    ASSERT_NE(trace.reading_at(1000), nullptr);
-    EXPECT_EQ(trace.reading_at(1000)->cpu_w, 60);
-    ASSERT_NE(trace.reading_at(1062), nullptr);
-    EXPECT_EQ(trace.reading_at(1062)->cpu_w, 60);
-    ASSERT_NE(trace.reading_at(1063), nullptr);
-    EXPECT_EQ(trace.reading_at(1063)->cpu_w, 61);
-}
-
-TEST(MeasuredTrace, RowHoldsNoLongerThan90Seconds) {
-    const Trace trace = loaded("epoch_s,cpu_power_W\n1000,60\n2000,61\n");
-
-    EXPECT_NE(trace.reading_at(1089), nullptr);
-    EXPECT_EQ(trace.reading_at(1090), nullptr);
-    EXPECT_NE(trace.reading_at(2089), nullptr);
-    EXPECT_EQ(trace.reading_at(2090), nullptr);
-}
-
-TEST(MeasuredTrace, HoldLimitMayBeChosen) {
-    const Trace trace = loaded("epoch_s,cpu_power_W\n1000,60\n");
-
-    EXPECT_NE(trace.reading_at(1019, 20), nullptr);
-    EXPECT_EQ(trace.reading_at(1020, 20), nullptr);
-}
-
-TEST(MeasuredTrace, RowThatNoSensorAnsweredEndsTheRowBefore) {
-    const Trace trace = loaded("epoch_s,sdr_rows,cpu_power_W\n1000,115,60\n1060,0,\n1120,1,61\n");
-
-    EXPECT_NE(trace.reading_at(1059), nullptr);
-    EXPECT_EQ(trace.reading_at(1060), nullptr);
-    EXPECT_EQ(trace.reading_at(1119), nullptr);
-    EXPECT_NE(trace.reading_at(1120), nullptr);
-}
-
-TEST(MeasuredTrace, ValuesInARowThatNoSensorAnsweredAreNotReadings) {
-    const Trace trace = loaded("epoch_s,sdr_rows,cpu_power_W\n1000,0,60\n");
-
-    EXPECT_FALSE(trace.readings()[0].answered);
-    EXPECT_EQ(trace.readings()[0].cpu_w, std::nullopt);
-    EXPECT_EQ(trace.reading_at(1000), nullptr);
-}
-
-TEST(MeasuredTrace, OfTwoRowsInOneSecondTheLaterHolds) {
-    const Trace trace = loaded("epoch_s,cpu_power_W\n1000.2,60\n1000.9,61\n");
-
-    ASSERT_NE(trace.reading_at(1000), nullptr);
-    EXPECT_EQ(trace.reading_at(1000)->cpu_w, 61);
-}
-
-TEST(MeasuredTrace, LivePlayStartsAtMidnightAndStartsOverAtTheEnd) {
-    const Trace trace = loaded("epoch_s,cpu_power_W\n1000,60\n1060,61\n");
-
-    EXPECT_EQ(trace.live_second(1'700'006'400), 1000);  // 2023-11-15 00:00:00 UTC
-    EXPECT_EQ(trace.live_second(1'700'006'460), 1060);
-    EXPECT_EQ(trace.live_second(1'700'006'461), 1000);
-    EXPECT_EQ(trace.live_second(1'700'092'799), 1023);  // 23:59:59
-    EXPECT_EQ(trace.live_second(1'700'092'800), 1000);
-}
-
-TEST(MeasuredTrace, LivePlayOfOneRowStaysOnIt) {
-    const Trace trace = loaded("epoch_s,cpu_power_W\n1000,60\n");
-
-    EXPECT_EQ(trace.live_second(1'700'012'345), 1000);
 }
 
 }  // namespace
