@@ -62,12 +62,16 @@ need_build_packages() {
         '/usr/include/nlohmann/json.hpp:nlohmann-json3-dev'
 }
 
+# The compiler cache is kept in the home directory, or with the builds for a user who has none.
+[ -n "${CCACHE_DIR:-}" ] || [ -w "${HOME:-/nonexistent}" ] || export CCACHE_DIR=$PROJECT_ROOT/build/ccache
+
 # configure <preset> [<cmake option>...]: makes build/<preset>, through ccache. A tree that is configured already is left
 # alone: the build itself notices changed CMake files.
 configure() {
     local preset=$1
     shift
     [ -f "$PROJECT_ROOT/build/$preset/build.ninja" ] && [ $# -eq 0 ] && return 0
+    mkdir -p "$PROJECT_ROOT/build"
     (cd "$PROJECT_ROOT" && cmake --preset "$preset" -DCMAKE_C_COMPILER_LAUNCHER=ccache \
         -DCMAKE_CXX_COMPILER_LAUNCHER=ccache "$@")
 }

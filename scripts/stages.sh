@@ -10,7 +10,7 @@ STAGES=(
     'clang|120|clang++: build everything, run every test'
     'sanitizers|180|AddressSanitizer and UndefinedBehaviorSanitizer: build everything, run every test'
     'arm|150|32-bit ARM: build the library and its recorder tests, run them under qemu-arm'
-    'tidy|120|clang-tidy over the library'
+    'tidy|120|clang-tidy over the library and the host platform'
     'size|10|the size of the library, host and ARM, stripped'
 )
 
@@ -66,7 +66,7 @@ stage_debug() { configure debug && build debug vekdb_pwrmgt abi_globals && run_c
 stage_tidy() {
     configure release || return
     # One process per source and per core; the list of checks is in .clang-tidy.
-    (cd "$PROJECT_ROOT" && find src -name '*.cpp' -print0 |
+    (cd "$PROJECT_ROOT" && find src trace platform -name '*.cpp' -print0 |
         xargs -0 -n 4 -P "$(nproc)" clang-tidy --quiet --warnings-as-errors='*' -p build/release)
 }
 
@@ -113,7 +113,7 @@ run_stages() {
         say "$result"
         if [ $result = FAILED ]; then
             bad=1
-            grep -vE '^ +Start +[0-9]+: |\.\.\. +Passed +[0-9.]+ sec$' "$log" | tail -n 80 | sed 's/^/    /' || true
+            grep -vE '^\[[0-9]+/[0-9]+\] (Building|Linking|Creating)|^ +Start +[0-9]+: |\.\.\. +Passed +[0-9.]+ sec$' "$log" | tail -n 80 | sed 's/^/    /' || true
             say "    (all of it: build/logs/$stage.log)"
         elif [ "$stage" = size ]; then
             grep -A 3 '^build ' "$log"
