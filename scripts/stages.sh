@@ -5,7 +5,7 @@
 # name | budget in seconds, from nothing on two cores with an empty compiler cache | what it shows
 STAGES=(
     'gcc|150|g++, optimised as shipped: build everything, run every test'
-    'checks|40|include flow, headers alone, kept behaviours, documents, words, format, and their self-tests'
+    'checks|90|include flow, headers alone, kept behaviours, documents, words, format, and their self-tests'
     'debug|30|g++, not optimised: build the library, run the interface tests (symbols, layouts, shared globals)'
     'clang|120|clang++: build everything, run every test'
     'sanitizers|180|AddressSanitizer and UndefinedBehaviorSanitizer: build everything, run every test'
