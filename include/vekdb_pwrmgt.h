@@ -53,6 +53,12 @@ enum {
     PWRMGT_MAX_CPU_ROWS = 20,         /**< rows at most of a processor query */
     PWRMGT_ALL_CPUS = 255,            /**< processor selector: all eight */
     PWRMGT_MAX_PSU = 12,              /**< highest bay number */
+    PWRMGT_PSU_UNKNOWN = 15,          /**< no value in a byte of the supply table */
+    PWRMGT_PSU_CONFIG_UNREAD = 255,   /**< #g_psu_config_info before the first read */
+    PWRMGT_REDUN_MODE_ROWS = 28,      /**< rows of #default_redun_mode_map */
+    PWRMGT_MAX_AUDIT_NAME = 64,       /**< characters at most of a requester's name */
+    PWRMGT_MAX_STORE_NAME = 112,      /**< characters at most of a data-store file name */
+    PWRMGT_REPLY_SIZE = 256,          /**< bytes that hold any answer of the firmware */
     PWRMGT_ORDER_SIZE = 32,           /**< bytes a caller gives for an ordering clause */
     PWRMGT_FILTER_SIZE = 256          /**< bytes a caller gives for a filter clause */
 };
@@ -224,6 +230,49 @@ typedef struct pwrmgt_power_policy_t {
     uint16_t cap_max_dc;  /**< `CapMaxDc`: highest cap, DC watts; 65535 = not set */
 } pwrmgt_power_policy_t;
 
+/** One supply bay. 10 bytes; one byte of alignment follows `input_voltage`. */
+typedef struct pwrmgt_psu_property_t {
+    uint8_t psu_id;              /**< `PsuId`: bay number, 1-based; 15 = empty */
+    uint8_t present;             /**< `Present`: 1 = a supply is there; 15 = unknown */
+    uint8_t input_ac_lost;       /**< `InputAcLost`: 0 = input good; 15 = unknown */
+    uint8_t psu_fault;           /**< `PsuFault`: 0 = no fault; 15 = unknown */
+    uint8_t input_voltage;       /**< `InputVoltage`: class 0, 1 or 16; 15 = unknown */
+    uint16_t input_label_power;  /**< `InputLablePower`: watts; 65535 = unknown */
+    uint16_t output_label_power; /**< `OutputLablePower`: watts; 65535 = unknown */
+} pwrmgt_psu_property_t;
+
+/**
+ * All supply bays. 124 bytes; one byte of alignment, never written, follows
+ * `healthy_count`.
+ */
+typedef struct pwrmgt_psus_property_t {
+    uint8_t psu_count;             /**< rows in the table */
+    uint8_t present_count;         /**< rows with a bay number and a supply present */
+    uint8_t healthy_count;         /**< of those, rows with input good and no fault */
+    pwrmgt_psu_property_t psu[12]; /**< in the table's order; the rest unknown */
+} pwrmgt_psus_property_t;
+
+/** One row of #default_redun_mode_map. 16 bytes. */
+typedef struct pwrmgt_redun_mode_map_t {
+    uint32_t hw_config;          /**< hardware-configuration code, 1..3 */
+    uint16_t output_label_power; /**< the weakest supply's label output power, watts */
+    uint16_t output_gpu_power;   /**< largest adapter power that the row covers, watts */
+    uint32_t psu_present;        /**< healthy supplies; only the low byte is compared */
+    uint32_t redun_mode;         /**< mode to select */
+} pwrmgt_redun_mode_map_t;
+
+/** Powers of slot devices, the firmware's meaning. 16 bytes; two bytes of alignment at the end. */
+typedef struct pwrmgt_slot_dev_pwr_t {
+    uint32_t word;     /**< answer bytes 1 to 4 */
+    uint16_t value[5]; /**< answer bytes 5 to 14 */
+} pwrmgt_slot_dev_pwr_t;
+
+/** Power caps of the processors. 18 bytes. */
+typedef struct pwrmgt_cpu_pcap_t {
+    uint16_t count;    /**< the firmware's count; only the low byte is ever written */
+    uint16_t cap_w[8]; /**< caps of sockets 1 to 8, watts */
+} pwrmgt_cpu_pcap_t;
+
 /* ------------------------------------------------------------------------
  * Globals
  * ------------------------------------------------------------------------ */
@@ -235,6 +284,21 @@ typedef struct pwrmgt_power_policy_t {
  * gate refuse. A change made by another process is not seen.
  */
 extern PWRMGT_API uint8_t g_power_policy_flag;
+
+/**
+ * The installed supply type, property "/ac/tavn/power/psu_installed"; 15 until it
+ * was read (a 15 that was read is read again next time).
+ */
+extern PWRMGT_API uint32_t g_psu_installed;
+
+/**
+ * The supply configuration code, property "/ac/tavn/power/psu_config_info"; 255
+ * until it was read. 8 and 12 are the layouts with two domains.
+ */
+extern PWRMGT_API uint8_t g_psu_config_info;
+
+/** The default redundancy mode per hardware configuration; a program may change rows. */
+extern PWRMGT_API pwrmgt_redun_mode_map_t default_redun_mode_map[PWRMGT_REDUN_MODE_ROWS];
 
 /* ------------------------------------------------------------------------
  * Database session
@@ -812,6 +876,22 @@ PWRMGT_API uint32_t pwrmgt_unsupport_check(const char* name);
 PWRMGT_API uint32_t pwrmgt_get_pwrpolicy_tbl(pwrmgt_power_policy_t* out);
 
 /**
+ * Writes a whole policy record into the policy row. To `PowerPolicy`, `_id` 0.
+ *
+ * @param policy  the record; the three unstress columns keep their values
+ * @retval 0   written; on an empty table nothing is, and that is no error
+ * @retval 2   the database did not open
+ * @retval 3   the query failed
+ * @retval 31  the table holds more than one row with `_id` 0
+ * @retval 7   no content could be made
+ * @retval 5   the update failed
+ *
+ * On success #g_power_policy_flag becomes the record's `is_blade`. Opens and
+ * closes its own connection.
+ */
+PWRMGT_API uint32_t pwrmgt_update_power_policy_table(pwrmgt_power_policy_t policy);
+
+/**
  * Makes the policy row with its defaults, or reads the row that is there.
  *
  * @param db          open connection; stays the caller's
@@ -831,24 +911,569 @@ PWRMGT_API uint32_t pwrmgt_init_power_policy_table(uint32_t db, pwrmgt_power_pol
                                                    uint32_t is_blade, uint32_t redun_mode);
 
 /* ------------------------------------------------------------------------
- * Live readings of the firmware
+ * Power capping
+ *
+ * The firmware enforces the cap; these functions send and read it, network
+ * function 0x3A. A failed exchange (31) is one that was not sent, whose
+ * completion code is not 0, or whose answer has not the length named.
  * ------------------------------------------------------------------------ */
 
 /**
- * The power reading that the firmware gives now (network function 0x3A, command
- * 0x32, operation 0x01).
+ * Sets the power cap (command 0x32, operation 0x02; 2 bytes of answer).
  *
- * @param out  [out] the reading; `lead0` is never written, and nothing is unless
- *             0 is returned
+ * @param enable  1 = capping on
+ * @param mode    the firmware's meaning
+ * @param value   cap, watts; not 0 while `enable` is 1
+ * @retval 0   accepted
+ * @retval 15  `enable` is 1 and `value` 0
+ * @retval 10  not offered on this platform
+ * @retval 31  the exchange failed
+ * @retval 14  the firmware answered with a status other than 0
+ */
+PWRMGT_API uint32_t pwrmgt_set_power_capping_policy(uint8_t enable, uint8_t mode, uint16_t value);
+
+/**
+ * As pwrmgt_set_power_capping_policy(), with the requester's name for the
+ * firmware's audit log.
+ *
+ * @param name  at most 64 characters; a longer name is left out, and the firmware
+ *              told so; null sends no name at all
+ */
+PWRMGT_API uint32_t pwrmgt_set_power_capping_policy_auditlog(uint8_t enable, uint8_t mode,
+                                                             uint16_t value, const char* name);
+
+/**
+ * The cap that is in force (command 0x32, operation 0x03; 6 bytes of answer).
+ *
+ * @param enable  [out] 1 = capping on
+ * @param mode    [out] the firmware's meaning
+ * @param value   [out] cap, watts
+ * @retval 0   all three written
+ * @retval 1   a pointer is null
+ * @retval 10  not offered on this platform
+ * @retval 31  the exchange failed
+ * @retval 14  the firmware answered with a status other than 0
+ */
+PWRMGT_API uint32_t pwrmgt_get_power_capping_policy(uint8_t* enable, uint8_t* mode,
+                                                    uint16_t* value);
+
+/** As pwrmgt_get_power_capping_policy(), without asking the support gate. */
+PWRMGT_API uint32_t pwrmgt_ipmi_get_pwr_capping(uint8_t* enable, uint8_t* mode, uint16_t* value);
+
+/**
+ * Sets a GPU's cap (command 0x06).
+ *
+ * @param gpu    GPU index
+ * @param kind   16: 16-bit value; 32: the low byte of `value`
+ * @param value  the cap
+ * @retval 0   done
+ * @retval 10  `kind` is neither 16 nor 32; nothing was sent
+ * @retval 31  the exchange failed, whatever the answer's length
+ */
+PWRMGT_API uint32_t pwrmgt_set_gpu_power_capping_policy(uint8_t gpu, int32_t kind, uint16_t value);
+
+/**
+ * A GPU's cap (command 0x06).
+ *
+ * @param gpu    GPU index
+ * @param kind   16 or 32
+ * @param value  [out] kind 16: the cap, 65535 when the firmware says 0. Kind 32:
+ *               only the low byte is written
+ * @retval 0   written
+ * @retval 10  `kind` is neither 16 nor 32; nothing was sent
+ * @retval 31  the exchange failed, whatever the answer's length
+ */
+PWRMGT_API uint32_t pwrmgt_get_gpu_power_capping_policy(uint8_t gpu, int32_t kind, uint16_t* value);
+
+/**
+ * The stored policy, its limits widened by the unstress powers. From
+ * `PowerPolicy`.
+ *
+ * @param out  [out] the policy; untouched unless 0 is returned
+ * @retval 0  filled
+ * @retval 1  `out` is null
+ * @retval 2  the database did not open
+ * @retval 3  the query failed
+ * @retval 8  the table holds no row
+ *
+ * The sum of both unstress powers is added to each of the four minimum and
+ * maximum limits that is set, while the adapter's is at most 549 W and the disks'
+ * below 352 W. Asks no gate and leaves #g_power_policy_flag alone.
+ */
+PWRMGT_API uint32_t pwrmgt_get_power_policy_extra_pwr(pwrmgt_power_policy_t* out);
+
+/**
+ * The stored policy with the firmware's live cap and widened limits.
+ *
+ * @param out  [out] the policy; untouched unless 0 is returned
+ * @retval 0  filled
+ * @retval 1  `out` is null
+ * @retval 2  the database did not open
+ * @retval 3  the query failed
+ * @retval 8  the table holds no row
+ *
+ * Without an answer of the firmware the cap reads as off, mode 0, 65535 W. Here a
+ * minimum is widened with its maximum: only when the maximum is set, and then
+ * whether or not it is set itself.
+ */
+PWRMGT_API uint32_t pwrmgt_get_power_policy_setting(pwrmgt_power_policy_t* out);
+
+/* ------------------------------------------------------------------------
+ * Live readings of the firmware
+ *
+ * One exchange each, network function 0x3A; no connection. Outputs are untouched
+ * unless 0 is returned.
+ * ------------------------------------------------------------------------ */
+
+/**
+ * The power reading that the firmware gives now (command 0x32, operation 0x01).
+ *
+ * @param out  [out] the reading; `lead0` is never written
  * @retval 0   filled
  * @retval 1   `out` is null
  * @retval 10  not offered on this platform
  * @retval 31  the exchange failed: not sent, completion code not 0, or not
  *             exactly 17 bytes
- *
- * Opens no connection of its own.
  */
 PWRMGT_API uint32_t pwrmgt_get_realtime_powers(pwrmgt_realtime_pwr_t* out);
+
+/**
+ * Powers of slot devices (command 0x32, operation 0x04 0x08).
+ *
+ * @param out  [out] the values in the firmware's order
+ * @retval 0   filled
+ * @retval 1   `out` is null
+ * @retval 10  not offered on this platform
+ * @retval 31  the exchange failed: not sent, completion code not 0, or not
+ *             exactly 15 bytes
+ */
+PWRMGT_API uint32_t pwrmgt_get_realtime_slot_dev_powers(pwrmgt_slot_dev_pwr_t* out);
+
+/**
+ * The raw power-meter block (command 0x32, operation 0x04).
+ *
+ * @param out  [out] caller's 256 bytes; gets as many as the firmware answered, its
+ *             completion code 0 first
+ * @retval 0   filled
+ * @retval 1   `out` is null
+ * @retval 31  the exchange failed: not sent, or completion code not 0
+ *
+ * Prints one line on standard output, whatever the outcome.
+ */
+PWRMGT_API uint32_t pwrmgt_get_power_fpga_meter(uint8_t* out);
+
+/**
+ * What one GPU draws (command 0xDB).
+ *
+ * @param gpu  GPU index
+ * @param out  [out] watts
+ * @retval 0   written
+ * @retval 31  the exchange failed: not sent, or completion code not 0
+ */
+PWRMGT_API uint32_t pwrmgt_get_gpu_power_consumption(uint8_t gpu, uint16_t* out);
+
+/* ------------------------------------------------------------------------
+ * Policy settings
+ * ------------------------------------------------------------------------ */
+
+/**
+ * The maximizer status. From `PowerPolicy`, `MaximStatus`.
+ *
+ * @param status  [out] the firmware's meaning
+ * @retval 0   written
+ * @retval 1   `status` is null
+ * @retval 10  not offered on this platform
+ * @retval 2   the database did not open
+ * @retval 3   the query failed
+ * @retval 8   the table holds no row
+ */
+PWRMGT_API uint32_t pwrmgt_get_power_maximzer_status(uint8_t* status);
+
+/**
+ * Stores the maximizer status in every row of `PowerPolicy`; a status that is
+ * stored already is not written.
+ *
+ * @param status  the firmware's meaning
+ * @retval 0  stored
+ * @retval 2  the database did not open
+ * @retval 3  the query failed
+ * @retval 8  the table holds no row
+ * @retval 7  no content could be made
+ * @retval 5  the update failed
+ */
+PWRMGT_API uint32_t pwrmgt_set_maximzer_status(uint8_t status);
+
+/**
+ * The unstress power of adapters. From `PowerPolicy`, `UnstressAdapterPwr`.
+ *
+ * @param watts  [out] watts
+ * @retval 0  written
+ * @retval 2  the database did not open
+ * @retval 3  the query failed
+ * @retval 8  the table holds no row
+ */
+PWRMGT_API uint32_t pwrmgt_get_unstress_adapter_power(uint16_t* watts);
+
+/** As pwrmgt_get_unstress_adapter_power(), of disks. From `UnstressHddPwr`. */
+PWRMGT_API uint32_t pwrmgt_get_unstress_hdd_power(uint16_t* watts);
+
+/**
+ * Stores the unstress power of adapters in every row of `PowerPolicy`; a value
+ * that is stored already is not written.
+ *
+ * @param watts  watts
+ * @retval 0  stored
+ * @retval 2  the database did not open, for writing or for reading
+ * @retval 3  the stored value could not be queried
+ * @retval 8  the table holds no row
+ * @retval 7  no content could be made
+ * @retval 5  the update failed
+ *
+ * Holds a second connection while it reads the stored value.
+ */
+PWRMGT_API uint32_t pwrmgt_set_unstress_adapter_power(uint16_t watts);
+
+/** As pwrmgt_set_unstress_adapter_power(), of disks. To `UnstressHddPwr`. */
+PWRMGT_API uint32_t pwrmgt_set_unstress_hdd_power(uint16_t watts);
+
+/**
+ * Sets the supplies' zero-output mode (network function 0x3A, command 0x32,
+ * operation 0x06 0x01 0x01).
+ *
+ * @param mode  0 or 1
+ * @retval 20  `mode` above 1; nothing was sent
+ * @return otherwise the transport's own result, 0 when the request was sent; the
+ *         answer is not looked at
+ */
+PWRMGT_API uint32_t pwrmgt_set_zero_output_mode(uint8_t mode);
+
+/**
+ * The supplies' zero-output mode (operation 0x06 0x01 0x00).
+ *
+ * @param mode  [out] written when the exchange took place and its completion code
+ *              is 0
+ * @return the transport's own result; 0 also when the completion code is not
+ */
+PWRMGT_API uint32_t pwrmgt_get_zero_output_mode(uint8_t* mode);
+
+/**
+ * The processors' power caps (operation 0x09).
+ *
+ * @param caps  [out] count (its low byte only) and eight caps
+ * @retval 0   filled
+ * @retval 1   `caps` is null
+ * @retval 31  an answer of exactly 19 bytes; any other length is taken
+ * @return otherwise the transport's own result, or the completion code
+ */
+PWRMGT_API uint32_t pwrmgt_get_cpu_pcap(pwrmgt_cpu_pcap_t* caps);
+
+/* ------------------------------------------------------------------------
+ * The firmware's data store
+ * ------------------------------------------------------------------------ */
+
+/**
+ * The first block, at most 200 bytes, of a file in the firmware's data store
+ * (network function 0x2E, command 0x90: open, then read).
+ *
+ * @param name         file name, at most 112 characters
+ * @param buffer       [out] the firmware's raw answer: completion code, three bytes,
+ *                     number of data bytes (16 bits, least significant first), data
+ *                     from byte 6 on. Must hold 256 bytes; is not cleared
+ * @param buffer_size  at least the number of data bytes plus 6
+ * @retval 0   read
+ * @retval 1   `name` or `buffer` is null
+ * @retval 31  the name is too long, an exchange failed, or the data does not fit;
+ *             `buffer` holds what the firmware answered last
+ *
+ * Traces both exchanges on standard output, byte by byte.
+ */
+PWRMGT_API uint32_t pwrmgt_ds_file_read(const char* name, uint8_t* buffer, int32_t buffer_size);
+
+/* ------------------------------------------------------------------------
+ * Supplies: table and type
+ * ------------------------------------------------------------------------ */
+
+/**
+ * Empties `PsuPropertyMem` and makes a row of unknown values for each bay.
+ *
+ * @param db     open connection; stays the caller's
+ * @param count  bays; 0 and below leave the table empty
+ * @retval 0  done
+ * @retval 3  the query failed
+ * @retval 6  the old rows could not be deleted
+ * @retval 7  no content could be made
+ * @retval 4  an insert failed; later bays have no row
+ */
+PWRMGT_API uint32_t pwrmgt_init_psu_property_table(uint32_t db, int32_t count);
+
+/**
+ * Rewrites the row of one bay.
+ *
+ * @param db   open connection; stays the caller's
+ * @param psu  all seven columns; `psu_id` names the row
+ * @retval 0  written
+ * @retval 3  the query failed
+ * @retval 4  no row for that bay
+ * @retval 7  no content could be made
+ * @retval 5  the update failed
+ */
+PWRMGT_API uint32_t pwrmgt_update_psu_property_table(uint32_t db, pwrmgt_psu_property_t psu);
+
+/**
+ * All supply bays. From `PsuPropertyMem`.
+ *
+ * @param out  [out] the bays; rows beyond twelve are counted, not stored
+ * @retval 0   filled
+ * @retval 1   `out` is null
+ * @retval 10  not offered on this platform, or `IsBlade` is neither 0 nor 3
+ * @retval 2   the database did not open, for the policy or the bays
+ * @retval 3   a query failed, of the policy or the bays
+ * @retval 8   the policy table or the bay table is empty
+ * @retval 17  no supply is present, or none is healthy; `out` is filled
+ *
+ * Opens and closes its own connections.
+ */
+PWRMGT_API uint32_t pwrmgt_get_psus_property(pwrmgt_psus_property_t* out);
+
+/**
+ * The installed supply type, property "/ac/tavn/power/psu_installed".
+ *
+ * @return the type byte, 1 = CRPS; 15 when unknown, and on the quoril platform
+ *
+ * Kept in #g_psu_installed once it was read.
+ */
+PWRMGT_API uint32_t pwrmgt_get_psu_type_installed(void);
+
+/** As pwrmgt_get_psu_type_installed(). */
+PWRMGT_API uint32_t pwrmgt_psu_type_installed(void);
+
+/** 1 when CRPS supplies are installed, else 0. */
+PWRMGT_API uint32_t pwrmgt_psu_crps_installed(void);
+
+/**
+ * The supply configuration code, property "/ac/tavn/power/psu_config_info".
+ *
+ * @return the code; 255 when unknown
+ *
+ * Kept in #g_psu_config_info once it was read.
+ */
+PWRMGT_API uint32_t pwrmgt_get_psu_config_info(void);
+
+/**
+ * Input-voltage range of one supply.
+ *
+ * @param psu_id  bay number, 1-based
+ * @param type    [out] 0 = AC, 1 = class 16, 15 = unknown
+ * @param low     [out] volts
+ * @param high    [out] volts
+ * @retval 0   written
+ * @retval 1   a pointer is null
+ * @return a code of pwrmgt_get_psus_property(), 17 included; then
+ * @retval 19  no such bay, or a bay above 12
+ * @retval 3   the bay is empty
+ * @retval 31  unknown class; 15, 0 and 0 are written
+ */
+PWRMGT_API uint32_t pwrmgt_get_psu_voltage_range(int32_t psu_id, uint32_t* type, uint16_t* low,
+                                                 uint16_t* high);
+
+/* ------------------------------------------------------------------------
+ * Supplies: redundancy mode
+ *
+ * Modes 0 to 4; 4 holds one supply in reserve. Mode 3 can be stored but has no
+ * power of its own.
+ * ------------------------------------------------------------------------ */
+
+/**
+ * May this machine run in a redundancy mode? Property
+ * "/dc/tavn/dm/planar/0/psu/config_type".
+ *
+ * @param mode  modes 0, 1 and 4 need bit 1, modes 2 and 3 bit 0; above 4 none
+ * @return 1 when allowed; 0 when not, or when the property cannot be read
+ */
+PWRMGT_API uint32_t pwrmgt_redundant_mode_support_check(uint32_t mode);
+
+/**
+ * The redundancy mode. From `PowerPolicy`, `RedunMode`.
+ *
+ * @param out  [out] the mode, also when it is not allowed here
+ * @retval 0   written
+ * @retval 1   `out` is null
+ * @retval 10  not offered on this platform, `IsBlade` is not 0, or the stored mode
+ *             is not allowed (then written)
+ * @retval 2   the database did not open
+ * @retval 3   the query failed
+ * @retval 8   the policy table holds no row
+ */
+PWRMGT_API uint32_t pwrmgt_get_power_redundant_mode(uint32_t* out);
+
+/**
+ * Stores the redundancy mode in every row of `PowerPolicy`; a mode that is stored
+ * already is not written.
+ *
+ * @param mode  0..4; a negative mode is stored as its low byte
+ * @retval 0   stored
+ * @retval 10  `mode` above 4, not offered on this platform, not allowed here, or
+ *             `IsBlade` is not 0
+ * @retval 2   the database did not open
+ * @retval 3   the policy could not be queried
+ * @retval 8   the policy table holds no row
+ * @retval 7   no content could be made
+ * @retval 5   the update failed
+ */
+PWRMGT_API uint32_t pwrmgt_set_power_redundant_mode(int32_t mode);
+
+/**
+ * Chooses the redundancy mode from the hardware with #default_redun_mode_map and
+ * stores it.
+ *
+ * @param hw_config  hardware-configuration code, 1..3
+ * @retval 0   stored
+ * @retval 10  `hw_config` is 0
+ * @retval 17  the supplies cannot be read, none is healthy, or the weakest one's
+ *             label is unknown or 8192 W and above
+ * @return otherwise a code of pwrmgt_set_power_redundant_mode()
+ *
+ * Properties below "/ac/dro/therm_config/pci_adapters/": "max_count_bitmap" and,
+ * for each slot, "%02d/MaxWatt". Logs each step to syslog, "PSU Config: ".
+ */
+PWRMGT_API uint32_t pwrmgt_set_redunmode_per_hwconfig(int32_t hw_config);
+
+/* ------------------------------------------------------------------------
+ * Supplies: status and power
+ *
+ * A supply is usable when its bay has a number, it is present, its input is good,
+ * it has no fault, and its label output power is known.
+ * ------------------------------------------------------------------------ */
+
+/**
+ * The weakest usable supply.
+ *
+ * @param out  [out] that supply. With 8 or 12 bays of which none is usable: zeros
+ *             and a label of 65535. With other than 2, 4, 8 or 12 bays: untouched
+ * @retval 0  done
+ * @return otherwise a code of pwrmgt_get_psus_property(), 17 included; untouched
+ */
+PWRMGT_API uint32_t pwrmgt_get_smallest_psuInfo(pwrmgt_psu_property_t* out);
+
+/**
+ * Status of the supplies in modes 0 to 2.
+ *
+ * @return configuration 12, 3 or 8: as the feed-count function of that layout. Two
+ *         bays: 1 both usable, 0 one, 15 none. Four bays: 15 none usable, 2 one, 3
+ *         two in one group, 4 one in each group, 5 three, 6 four (bays 1 and 3 are
+ *         a group, 2 and 4 the other). -1 when the supplies cannot be read or are
+ *         of another number
+ */
+PWRMGT_API int32_t pwrmgt_check_psuStatus(void);
+
+/**
+ * Status of the supplies in mode 4.
+ *
+ * @return 1, 2 or 3 usable supplies: that number, plus 3 when as many are present.
+ *         4 usable: 7 when as many are present. Else 15. -1 when the supplies
+ *         cannot be read or are fewer than 12 rows
+ */
+PWRMGT_API int32_t pwrmgt_check_psuStatus_for_N_1(void);
+
+/** 12 bays: 8 when bays 1 to 6 and 7 to 12 each have more than one usable supply, else 7; -1
+ * otherwise. */
+PWRMGT_API int32_t pwrmgt_gox_check_psu_feed_count(void);
+
+/** 3 bays: 9 when any supply is usable, else 15; -1 otherwise. */
+PWRMGT_API int32_t pwrmgt_orvane_check_psu_feed_count(void);
+
+/** 8 bays: 1 when more than 4 supplies are usable, else 0; -1 otherwise. */
+PWRMGT_API int32_t pwrmgt_check_eight_psu_feed_count(void);
+
+/** Property "/dc/tavn/power/oversubscription_support"; 1 when it cannot be read. */
+PWRMGT_API uint32_t pwrmgt_get_oversubscription_prop(void);
+
+/**
+ * Power that the supplies can deliver in a redundancy mode.
+ *
+ * @param mode    0, 1, 2 or 4
+ * @param max_dc  [out] `CapMaxDc`, watts; may be null
+ * @param power   [out] watts; 65535 = unknown; may be null
+ * @param state   [out] redundancy state, 0 upward; 15 = unknown; may be null
+ * @retval 0   answered; in a two-domain layout other modes than its own write
+ *             neither `power` nor `state`
+ * @retval 1   all three pointers are null
+ * @retval 2   the database did not open
+ * @retval 3   the policy could not be queried
+ * @retval 8   the policy table holds no row
+ * @retval 10  not offered on this platform, `IsBlade` is not 0, or another mode
+ * @retval 17  the supplies cannot be told or the weakest one's label is unknown or
+ *             8192 W and above; `max_dc` is written
+ *
+ * Oversubscribed power is the label times 1.2 (1.0 with CRPS supplies or without
+ * oversubscription support), in single precision, cut to whole watts.
+ */
+PWRMGT_API uint32_t pwrmgt_get_powerInfo_perRedunMode(uint32_t mode, uint32_t* max_dc,
+                                                      uint32_t* power, uint8_t* state);
+
+/**
+ * Power and state of an 8-bay layout of two domains.
+ *
+ * @param mode    1, 2 or 4; another mode writes nothing
+ * @param power   [out] watts; may be null
+ * @param state   [out] redundancy state; may be null
+ * @param factor  oversubscription factor
+ * @retval 0   answered
+ * @retval -1  the weakest label is unknown or 8192 W and above, or not exactly 8 bays
+ */
+PWRMGT_API int32_t pwrmgt_8_psu_2_domain_power_info(int32_t mode, uint32_t* power, uint8_t* state,
+                                                    float factor);
+
+/**
+ * Power and state of a 12-bay layout of two domains.
+ *
+ * @param mode    1 or 2; another mode writes nothing
+ * @param power   [out] watts; may be null
+ * @param state   [out] redundancy state; untouched in mode 1 when a domain has no
+ *                usable supply; may be null
+ * @param factor  oversubscription factor
+ * @retval 0   answered
+ * @retval -1  the weakest label is unknown or 8192 W and above, or not exactly 12 bays
+ */
+PWRMGT_API int32_t pwrmgt_12_psu_2_domain_power_info(int32_t mode, uint32_t* power, uint8_t* state,
+                                                     float factor);
+
+/**
+ * Power that the system may draw in its redundancy mode.
+ *
+ * @param avail  [out] watts; may be null
+ * @retval 0   answered
+ * @retval 31  quoril platform: the file "/tmp/.ratedPowerData.log" holds no number;
+ *             `avail` becomes 0
+ * @retval 10  not offered on this platform
+ * @return otherwise a code of pwrmgt_get_pwrpolicy_tbl() or
+ *         pwrmgt_get_powerInfo_perRedunMode()
+ *
+ * On the quoril platform the last line of that file counts (watts, 32 bits); what
+ * is wrong with it is told on standard error.
+ */
+PWRMGT_API uint32_t pwrmgt_get_sys_avail_power(uint32_t* avail);
+
+/**
+ * The range in which a power cap may lie.
+ *
+ * @param domain  0 = AC, else DC
+ * @param soft    [out] always 0
+ * @param max     [out] watts: the available power (low 16 bits), or the stored
+ *                maximum, widened, when that is not known; 65535 = not set
+ * @param min     [out] watts: the stored minimum, widened; 65535 = not set
+ * @retval 0   written
+ * @retval 1   a pointer is null
+ * @retval 10  not offered on this platform
+ * @retval 2   the database did not open
+ * @retval 3   the query failed
+ * @retval 8   the policy table holds no row
+ *
+ * Stored limits are widened by both unstress powers while the adapter's is below
+ * 550 W and the disks' below 352 W.
+ */
+PWRMGT_API uint32_t pwrmgt_get_power_capping_ranges(int32_t domain, uint16_t* soft, uint16_t* max,
+                                                    uint16_t* min);
 
 #ifdef __cplusplus
 }

@@ -30,6 +30,13 @@ inline constexpr std::array kColumnNames{
               "UnstressFanPwr", "UnstressHddPwr",
     /*  73 */ "Timestamp", "Cpu1AvgPwr", "Cpu2AvgPwr", "Cpu3AvgPwr", "Cpu4AvgPwr", "Cpu5AvgPwr",
               "Cpu6AvgPwr", "Cpu7AvgPwr", "Cpu8AvgPwr",
+    /*  82 */ "IsBlade", "RedunMode", "MaximStatus", "CapEnable", "CapMode", "CapValue", "CapSoftAc",
+              "CapMinAc", "CapMaxAc", "CapSoftDc", "CapMinDc", "CapMaxDc", "UnstressAdapterPwr",
+              "UnstressHddPwr",
+    /*  96 */ "PsuId", "Present", "InputAcLost", "PsuFault", "InputVoltage", "InputLablePower",
+              "OutputLablePower",
+    /* 103 */ "CapSoftAc", "CapMinAc", "CapMaxAc", "CapSoftDc", "CapMinDc", "CapMaxDc",
+              "UnstressAdapterPwr", "UnstressHddPwr",
 };
 // clang-format on
 
@@ -55,7 +62,13 @@ inline constexpr Columns kCpuColumns = column_list(7, 4);
 inline constexpr Columns kMemoryColumns = column_list(11, 4);
 inline constexpr Columns kPercentColumns = column_list(51, 7);
 inline constexpr Columns kPolicyColumns = column_list(58, 15);
+inline constexpr Columns kMaximStatusColumn = column_list(60, 1);
+inline constexpr Columns kUnstressAdapterColumn = column_list(70, 1);
+inline constexpr Columns kUnstressHddColumn = column_list(72, 1);
 inline constexpr Columns kEachCpuColumns = column_list(73, 9);
+inline constexpr Columns kPolicyLimitColumns = column_list(82, 14);
+inline constexpr Columns kPsuColumns = column_list(96, 7);
+inline constexpr Columns kCappingRangeColumns = column_list(103, 8);
 
 // `psu` is a bay, 1 to 12.
 constexpr Columns psu_columns(uint32_t psu) {

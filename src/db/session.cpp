@@ -8,6 +8,10 @@
 
 namespace pwrmgt::db {
 
+uint32_t open_database() {
+    return vek_db_open("localhost", "root", "", "vek_pwr_db", 0);
+}
+
 Status select(uint32_t db, const Selection& what, Result& rows) {
     const int failed = vek_db_query(db, what.table, what.columns.first, what.columns.count,
                                     what.where, 0, 0, what.order, rows.out());
@@ -42,5 +46,5 @@ int32_t now() {
 }  // namespace pwrmgt::db
 
 extern "C" uint32_t pwrmgt_get_db_handle() {
-    return vek_db_open("localhost", "root", "", "vek_pwr_db", 0);
+    return pwrmgt::db::open_database();
 }

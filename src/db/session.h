@@ -12,6 +12,9 @@
 
 namespace pwrmgt::db {
 
+// A connection to the power database; 0 when it did not open.
+uint32_t open_database();
+
 struct Selection {
     const char* table;
     Columns columns = kAllColumns;

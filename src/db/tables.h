@@ -18,6 +18,7 @@ inline constexpr const char* kPowerPolicy = "PowerPolicy";
 inline constexpr Twin kHistPowers{"HistPowers24HrMem", "HistPowers24Hr"};
 inline constexpr Twin kHistExtraPowers{"HistExtraPowers24HrMem", "HistExtraPowers24Hr"};
 
+inline constexpr const char* kPsuProperty = "PsuPropertyMem";
 inline constexpr const char* kHistCpuPowers = "HistCpuPowersMem";
 
 inline constexpr int32_t kDaySeconds = 86400;

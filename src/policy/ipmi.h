@@ -12,15 +12,27 @@ namespace pwrmgt::policy {
 // Completion code of a command that the firmware carried out.
 inline constexpr uint8_t kCompleted = 0;
 
+// Network functions and commands.
+inline constexpr uint8_t kOemNetfn = 0x3A;
+inline constexpr uint8_t kCappingCommand = 0x32;
+inline constexpr uint8_t kGpuCapCommand = 0x06;
+inline constexpr uint8_t kGpuPowerCommand = 0xDB;
+inline constexpr uint8_t kGroupNetfn = 0x2E;
+inline constexpr uint8_t kStoreCommand = 0x90;
+
 class Request {
 public:
     Request(uint8_t netfn, uint8_t command);
 
     Request& u8(uint8_t value);
+    Request& le16(uint16_t value);
+    Request& be16(uint16_t value);
+    Request& bytes(std::span<const uint8_t> values);
     Request& zeros(size_t count);
 
-    const uint8_t* frame() const { return frame_.data(); }
+    const uint8_t* data() const { return frame_.data(); }
     uint32_t length() const { return length_; }
+    std::span<const uint8_t> frame() const { return {frame_.data(), length_}; }
 
 private:
     std::array<uint8_t, 128> frame_{};
@@ -36,7 +48,11 @@ public:
     uint32_t length() const { return length_; }
     uint8_t u8(size_t at) const { return bytes_[at]; }
     uint16_t le16(size_t at) const;
+    uint16_t be16(size_t at) const;
     uint32_t le32(size_t at) const;
+
+    // What was received: the length told, or all there is room for when that is less.
+    std::span<const uint8_t> received() const;
 
 private:
     friend int exchange(const Request& request, Reply& reply);

@@ -24,7 +24,7 @@ constexpr std::array<uint16_t Policy::*, 7> kWords{
     &Policy::cap_value,   &Policy::cap_soft_ac, &Policy::cap_min_ac, &Policy::cap_max_ac,
     &Policy::cap_soft_dc, &Policy::cap_min_dc,  &Policy::cap_max_dc,
 };
-constexpr int kFirstUnstress = static_cast<int>(kBytes.size() + kWords.size());
+static_assert(kBytes.size() + kWords.size() == kPolicyFields);
 
 constexpr uint32_t kHighestRedunMode = 4;
 constexpr uint8_t kBladeRedunMode = 15;
@@ -39,11 +39,6 @@ void read_policy(uint32_t result, Policy& policy) {
     }
     for (const auto field : kWords) {
         vek_db_result_column_short_uint(result, column++, &(policy.*field));
-    }
-    // Kept: the unstress columns are fetched and dropped. [UnstressColumnsAreFetchedAndDropped]
-    std::array<uint16_t, 3> unstress_w{};
-    for (uint16_t& value : unstress_w) {
-        vek_db_result_column_short_uint(result, column++, &value);
     }
 }
 
@@ -82,11 +77,20 @@ Policy default_policy(uint32_t is_blade, uint32_t redun_mode) {
     return policy;
 }
 
+// Kept: the unstress columns are fetched and dropped. [UnstressColumnsAreFetchedAndDropped]
+void read_row(uint32_t result, Policy& policy) {
+    read_policy(result, policy);
+    for (int column = kPolicyFields; column < db::kPolicyColumns.count; ++column) {
+        uint16_t unstress_w = 0;
+        vek_db_result_column_short_uint(result, column, &unstress_w);
+    }
+}
+
 db::Status insert_policy(uint32_t db, const Policy& policy) {
     const db::Content row{vek_db_get_content_values()};
     if (!row) return db::Status::no_content;
     put_policy(row.get(), policy);
-    for (int column = kFirstUnstress; column < db::kPolicyColumns.count; ++column) {
+    for (int column = kPolicyFields; column < db::kPolicyColumns.count; ++column) {
         vek_db_content_put_short_uint(row.get(), db::kPolicyColumns[column], 0);
     }
     const int failed = vek_db_insert(db, db::kPowerPolicy, row.get(), 0, 0);
@@ -111,7 +115,7 @@ extern "C" uint32_t pwrmgt_get_pwrpolicy_tbl(pwrmgt_power_policy_t* out) {
         if (found != Status::ok) return code(found);
         if (vek_db_result_row_count(rows.get()) < 1) return code(Status::no_rows);
         vek_db_result_step(rows.get());
-        read_policy(rows.get(), *out);
+        read_row(rows.get(), *out);
     }
     // Kept: only an unread flag is set here. [ReaderSetsTheFlagOnlyWhileItIs255]
     if (cached_is_blade() == PWRMGT_POLICY_UNREAD) cache_is_blade(out->is_blade);
@@ -131,6 +135,6 @@ extern "C" uint32_t pwrmgt_init_power_policy_table(uint32_t db, pwrmgt_power_pol
     policy = default_policy(is_blade, redun_mode);
     if (vek_db_result_row_count(rows.get()) < 1) return code(insert_policy(db, policy));
     vek_db_result_step(rows.get());
-    read_policy(rows.get(), policy);
+    read_row(rows.get(), policy);
     return code(Status::ok);
 }

@@ -8,8 +8,10 @@
 
 namespace pwrmgt::policy {
 
-// Reads the twelve policy columns of the result's current row into `policy`, and the three
-// unstress columns into nothing.
+// The policy columns of a row, before its unstress columns.
+inline constexpr int kPolicyFields = 12;
+
+// Reads the twelve policy columns of the result's current row.
 void read_policy(uint32_t result, pwrmgt_power_policy_t& policy);
 
 // Puts `_id` 0 and the twelve policy columns in their order.

@@ -29,7 +29,25 @@ CONSTANT(PWRMGT_POLICY_UNREAD, 255);
 CONSTANT(PWRMGT_RING_SLOTS, 2880);
 CONSTANT(PWRMGT_SLOT_SECONDS, 30);
 CONSTANT(PWRMGT_MAX_PERIOD_ENTRIES, 120);
+CONSTANT(PWRMGT_MAX_WINDOW_ENTRIES, 2880);
+CONSTANT(PWRMGT_MAX_CPU_ROWS, 20);
+CONSTANT(PWRMGT_ALL_CPUS, 255);
+CONSTANT(PWRMGT_PSU_UNKNOWN, 15);
+CONSTANT(PWRMGT_PSU_CONFIG_UNREAD, 255);
+CONSTANT(PWRMGT_REDUN_MODE_ROWS, 28);
+CONSTANT(PWRMGT_MAX_AUDIT_NAME, 64);
+CONSTANT(PWRMGT_MAX_STORE_NAME, 112);
+CONSTANT(PWRMGT_REPLY_SIZE, 256);
+CONSTANT(PWRMGT_MAX_WINDOW_ENTRIES, 2880);
+CONSTANT(PWRMGT_MAX_CPU_ROWS, 20);
+CONSTANT(PWRMGT_ALL_CPUS, 255);
 CONSTANT(PWRMGT_MAX_PSU, 12);
+CONSTANT(PWRMGT_PSU_UNKNOWN, 15);
+CONSTANT(PWRMGT_PSU_CONFIG_UNREAD, 255);
+CONSTANT(PWRMGT_REDUN_MODE_ROWS, 28);
+CONSTANT(PWRMGT_MAX_AUDIT_NAME, 64);
+CONSTANT(PWRMGT_MAX_STORE_NAME, 112);
+CONSTANT(PWRMGT_REPLY_SIZE, 256);
 CONSTANT(PWRMGT_ORDER_SIZE, 32);
 CONSTANT(PWRMGT_FILTER_SIZE, 256);
 CONSTANT(PWRMGT_PERIOD_1_HOUR, 0);
@@ -118,6 +136,67 @@ FIELD(pwrmgt_power_policy_t, cap_max_ac, 12, 2);
 FIELD(pwrmgt_power_policy_t, cap_soft_dc, 14, 2);
 FIELD(pwrmgt_power_policy_t, cap_min_dc, 16, 2);
 FIELD(pwrmgt_power_policy_t, cap_max_dc, 18, 2);
+
+RECORD(pwrmgt_psu_property_t, 10, 2);
+FIELD(pwrmgt_psu_property_t, psu_id, 0, 1);
+FIELD(pwrmgt_psu_property_t, present, 1, 1);
+FIELD(pwrmgt_psu_property_t, input_ac_lost, 2, 1);
+FIELD(pwrmgt_psu_property_t, psu_fault, 3, 1);
+FIELD(pwrmgt_psu_property_t, input_voltage, 4, 1);
+FIELD(pwrmgt_psu_property_t, input_label_power, 6, 2);
+FIELD(pwrmgt_psu_property_t, output_label_power, 8, 2);
+
+RECORD(pwrmgt_psus_property_t, 124, 2);
+FIELD(pwrmgt_psus_property_t, psu_count, 0, 1);
+FIELD(pwrmgt_psus_property_t, present_count, 1, 1);
+FIELD(pwrmgt_psus_property_t, healthy_count, 2, 1);
+FIELD(pwrmgt_psus_property_t, psu, 4, 120);
+
+RECORD(pwrmgt_redun_mode_map_t, 16, 4);
+FIELD(pwrmgt_redun_mode_map_t, hw_config, 0, 4);
+FIELD(pwrmgt_redun_mode_map_t, output_label_power, 4, 2);
+FIELD(pwrmgt_redun_mode_map_t, output_gpu_power, 6, 2);
+FIELD(pwrmgt_redun_mode_map_t, psu_present, 8, 4);
+FIELD(pwrmgt_redun_mode_map_t, redun_mode, 12, 4);
+
+RECORD(pwrmgt_slot_dev_pwr_t, 16, 4);
+FIELD(pwrmgt_slot_dev_pwr_t, word, 0, 4);
+FIELD(pwrmgt_slot_dev_pwr_t, value, 4, 10);
+
+RECORD(pwrmgt_cpu_pcap_t, 18, 2);
+FIELD(pwrmgt_cpu_pcap_t, count, 0, 2);
+FIELD(pwrmgt_cpu_pcap_t, cap_w, 2, 16);
+HOLDS(sizeof(default_redun_mode_map) == 28 * 16, "size of default_redun_mode_map");
+
+RECORD(pwrmgt_psu_property_t, 10, 2);
+FIELD(pwrmgt_psu_property_t, psu_id, 0, 1);
+FIELD(pwrmgt_psu_property_t, present, 1, 1);
+FIELD(pwrmgt_psu_property_t, input_ac_lost, 2, 1);
+FIELD(pwrmgt_psu_property_t, psu_fault, 3, 1);
+FIELD(pwrmgt_psu_property_t, input_voltage, 4, 1);
+FIELD(pwrmgt_psu_property_t, input_label_power, 6, 2);
+FIELD(pwrmgt_psu_property_t, output_label_power, 8, 2);
+
+RECORD(pwrmgt_psus_property_t, 124, 2);
+FIELD(pwrmgt_psus_property_t, psu_count, 0, 1);
+FIELD(pwrmgt_psus_property_t, present_count, 1, 1);
+FIELD(pwrmgt_psus_property_t, healthy_count, 2, 1);
+FIELD(pwrmgt_psus_property_t, psu, 4, 120);
+
+RECORD(pwrmgt_redun_mode_map_t, 16, 4);
+FIELD(pwrmgt_redun_mode_map_t, hw_config, 0, 4);
+FIELD(pwrmgt_redun_mode_map_t, output_label_power, 4, 2);
+FIELD(pwrmgt_redun_mode_map_t, output_gpu_power, 6, 2);
+FIELD(pwrmgt_redun_mode_map_t, psu_present, 8, 4);
+FIELD(pwrmgt_redun_mode_map_t, redun_mode, 12, 4);
+
+RECORD(pwrmgt_slot_dev_pwr_t, 16, 4);
+FIELD(pwrmgt_slot_dev_pwr_t, word, 0, 4);
+FIELD(pwrmgt_slot_dev_pwr_t, value, 4, 10);
+
+RECORD(pwrmgt_cpu_pcap_t, 18, 2);
+FIELD(pwrmgt_cpu_pcap_t, count, 0, 2);
+FIELD(pwrmgt_cpu_pcap_t, cap_w, 2, 16);
 /* clang-format on */
 
 #ifdef PWRMGT_WRONG_LAYOUT
