@@ -62,14 +62,27 @@ void Recorder::take_back(char kind, uint32_t handle) {
     results_.erase(handle);
 }
 
-uint32_t Recorder::new_result() {
+uint32_t Recorder::new_result(const std::string& table) {
     const uint32_t handle = hand_out('r');
     OpenRows& opened = results_[handle];
     if (!selects_.empty()) {
         opened.rows = selects_.front();
         selects_.pop_front();
+    } else if (const auto found = tables_.find(table); found != tables_.end()) {
+        opened.rows = found->second;
     }
     return handle;
+}
+
+// 0 is no misuse here: functions that do not test their handle pass it on, and the client refuses.
+void Recorder::use_connection(uint32_t handle) {
+    if (handle == 0 || handle == kDb || alive('c', handle)) return;
+    misuse_.push_back("connection " + std::to_string(handle) + " used while not open");
+}
+
+void Recorder::use_content(uint32_t handle) {
+    if (handle == 0 || alive('v', handle)) return;
+    misuse_.push_back("content " + std::to_string(handle) + " used while not out");
 }
 
 Recorder::OpenRows* Recorder::open_rows(uint32_t handle) {

@@ -71,6 +71,10 @@ public:
     // -- script
     void answer_rows(Rows rows) { selects_.push_back(std::move(rows)); }
     void answer_rows(std::vector<Row> rows) { selects_.push_back({std::move(rows), 10, {}}); }
+    // What each select of a table answers when no answer of its own is left.
+    void answer_table(const std::string& table, std::vector<Row> rows) {
+        tables_[table] = {std::move(rows), 10, {}};
+    }
     void answer_ipmi(Answer answer) { answers_.push_back(std::move(answer)); }
     void set_property(const std::string& path, uint32_t value) { properties_[path] = value; }
 
@@ -107,7 +111,9 @@ public:
     uint32_t hand_out(char kind);
     void take_back(char kind, uint32_t handle);
     bool alive(char kind, uint32_t handle) const;
-    uint32_t new_result();
+    uint32_t new_result(const std::string& table);
+    void use_connection(uint32_t handle);
+    void use_content(uint32_t handle);
     struct OpenRows {
         Rows rows;
         size_t next = 0;
@@ -125,6 +131,7 @@ private:
         Mode mode;
     };
     std::deque<Rows> selects_;
+    std::map<std::string, Rows> tables_;
     std::deque<Answer> answers_;
     std::map<std::string, uint32_t> properties_;
     std::vector<Chosen> chosen_;

@@ -22,9 +22,9 @@ std::string text_or_null(const char* text) {
 }
 
 // A select's answer under a verdict: the failure value, and the handle unless withheld.
-int answer_select(const Recorder::Verdict& verdict, uint32_t* result) {
+int answer_select(const Recorder::Verdict& verdict, const std::string& table, uint32_t* result) {
     const bool handed = !verdict.fails || verdict.mode == Mode::error_with_handle;
-    if (handed) *result = platform().new_result();
+    if (handed) *result = platform().new_result(table);
     return verdict.fails && verdict.mode != Mode::no_handle ? verdict.result : 0;
 }
 
@@ -80,7 +80,7 @@ void vek_db_close(uint32_t conn) {
     platform().take_back('c', conn);
 }
 
-int vek_db_query(uint32_t, const char* table, const char* const* columns, int n_columns,
+int vek_db_query(uint32_t conn, const char* table, const char* const* columns, int n_columns,
                  const char* where, int limit, int offset, const char* order, uint32_t* result) {
     std::string line = std::string("query ") + table + " [";
     for (int at = 0; columns != nullptr && at < n_columns; ++at) {
@@ -89,28 +89,36 @@ int vek_db_query(uint32_t, const char* table, const char* const* columns, int n_
     line += "] where " + text_or_null(where) + " order " + text_or_null(order);
     if (limit != 0 || offset != 0) line += " limited";
     platform().log(line);
-    return answer_select(platform().judge(Operation::query), result);
+    platform().use_connection(conn);
+    return answer_select(platform().judge(Operation::query), table, result);
 }
 
-int vek_db_raw_query(uint32_t, const char* sql, uint32_t length, uint32_t* result) {
+int vek_db_raw_query(uint32_t conn, const char* sql, uint32_t length, uint32_t* result) {
     platform().log("raw " + std::string(sql, length));
+    platform().use_connection(conn);
     if (result == nullptr) return plain(Operation::raw);
-    return answer_select(platform().judge(Operation::raw_rows), result);
+    return answer_select(platform().judge(Operation::raw_rows), "", result);
 }
 
-int vek_db_insert(uint32_t, const char* table, uint32_t, int a, int b) {
+int vek_db_insert(uint32_t conn, const char* table, uint32_t content, int a, int b) {
     platform().log(std::string("insert ") + table + (a != 0 || b != 0 ? " flags" : ""));
+    platform().use_connection(conn);
+    platform().use_content(content);
     return plain(Operation::insert);
 }
 
-int vek_db_update(uint32_t, const char* table, uint32_t, const char* where, int a, int b) {
+int vek_db_update(uint32_t conn, const char* table, uint32_t content, const char* where, int a,
+                  int b) {
     platform().log(std::string("update ") + table + " where " + text_or_null(where) +
                    (a != 0 || b != 0 ? " flags" : ""));
+    platform().use_connection(conn);
+    platform().use_content(content);
     return plain(Operation::update);
 }
 
-int vek_db_delete(uint32_t, const char* table, const char* where) {
+int vek_db_delete(uint32_t conn, const char* table, const char* where) {
     platform().log(std::string("delete ") + table + " where " + text_or_null(where));
+    platform().use_connection(conn);
     return plain(Operation::remove);
 }
 
@@ -160,8 +168,9 @@ uint32_t vek_db_get_content_values(void) {
     return platform().judge(Operation::content).fails ? 0 : platform().hand_out('v');
 }
 
-void vek_db_content_clear(uint32_t) {
+void vek_db_content_clear(uint32_t content) {
     platform().log("clear");
+    platform().use_content(content);
 }
 
 int vek_db_content_put_uint(uint32_t content, const char* column, uint32_t value) {

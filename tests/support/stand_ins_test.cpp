@@ -64,3 +64,37 @@ TEST_F(StandIns, ChosenCallFailsAndNoOther) {
     vek_db_close(100);
     vek_db_close(101);
 }
+
+TEST_F(StandIns, ConnectionUsedAfterItsCloseIsAFault) {
+    const uint32_t db = pwrmgt_get_db_handle();
+    vek_db_close(db);
+
+    vek_db_raw_query(db, "x", 1, nullptr);
+
+    EXPECT_EQ(platform().handle_faults(), Calls{"connection 100 used while not open"});
+    platform().reset();
+}
+
+TEST_F(StandIns, ContentUsedAfterItsReleaseIsAFault) {
+    const uint32_t content = vek_db_get_content_values();
+    vek_db_free_content_values(content);
+
+    vek_db_insert(kDb, "t", content, 0, 0);
+
+    EXPECT_EQ(platform().handle_faults(), Calls{"content 100 used while not out"});
+    platform().reset();
+}
+
+TEST_F(StandIns, SelectFailsInThreeWaysInASweep) {
+    const auto statuses =
+        swept_statuses([](Recorder&) {},
+                       [] {
+                           uint32_t result = 0;
+                           const int failed = vek_db_raw_query(kDb, "x", 1, &result);
+                           const uint32_t seen = (failed != 0 ? 10U : 0U) + (result != 0 ? 1U : 0U);
+                           if (result != 0) vek_db_free_result(result);
+                           return seen;
+                       });
+
+    EXPECT_EQ(statuses, (std::vector<uint32_t>{10, 11, 0}));
+}
