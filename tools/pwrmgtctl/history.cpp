@@ -173,13 +173,19 @@ Outcome show_performance(const Options& options) {
 
 using Show = Outcome (*)(const Options&);
 
+// The description is left out of the help: the option's own text lists the choices.
+CLI::Validator one_of(std::vector<std::string> names) {
+    return CLI::IsMember(std::move(names)).description("");
+}
+
 // The options that every history takes.
 void add_options(CLI::App& command, Options& options) {
     command.add_option("--period", options.period, "How far back: 1h, 6h, 12h or 24h")
-        ->check(CLI::IsMember({"1h", "6h", "12h", "24h"}))
+        ->check(one_of({"1h", "6h", "12h", "24h"}))
+        ->type_name("PERIOD")
         ->capture_default_str();
     command.add_option("--entries", options.entries, "Show the newest N entries only, 1 to 120")
-        ->check(CLI::Range(1U, kAllEntries))
+        ->check(CLI::Range(1U, kAllEntries).description(""))
         ->type_name("N")
         ->capture_default_str();
     CLI::Option* json =
@@ -217,7 +223,8 @@ void add_history(CLI::App& app, Action& chosen) {
                     show_power, options);
     power
         .add_option("--domain", options->domain, "What to show: system (DC and AC), cpu or memory")
-        ->check(CLI::IsMember({"system", "cpu", "memory"}))
+        ->check(one_of({"system", "cpu", "memory"}))
+        ->type_name("DOMAIN")
         ->capture_default_str();
     power.footer(
         "Examples:\n"
@@ -229,7 +236,8 @@ void add_history(CLI::App& app, Action& chosen) {
                                 show_psu, options);
     psu.add_option("N", options->psu, "Bay number, 1 to 12")
         ->required()
-        ->check(CLI::Range(1U, uint32_t{PWRMGT_MAX_PSU}));
+        ->check(CLI::Range(1U, uint32_t{PWRMGT_MAX_PSU}).description(""))
+        ->type_name(" ");
     psu.footer("Example:\n  pwrmgtctl history psu 2 --period 24h --entries 10");
 
     CLI::App& performance =

@@ -1,6 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 // Puts the command families together, parses, and turns every end of parsing into an outcome.
 #include <sstream>
+#include <string>
+#include <utility>
+#include <vector>
 
 #include "command.h"
 
@@ -26,12 +29,25 @@ constexpr const char* kFooter =
     "\n"
     "Each command has a --help of its own.";
 
+std::string mistake(const CLI::App& app, const CLI::ParseError& error) {
+    // A word that is no command is told as itself, not as the command that is missing.
+    const std::vector<std::string> unknown = app.remaining(true);
+    if (dynamic_cast<const CLI::RequiredError*>(&error) != nullptr && !unknown.empty()) {
+        return "no command '" + unknown.front() + "'";
+    }
+    return error.what();
+}
+
 Outcome parse_outcome(const CLI::App& app, const CLI::ParseError& error) {
     std::ostringstream out;
     std::ostringstream hint;
     // Help and version are no errors; they come as their text on the stream for documents.
-    if (app.exit(error, out, hint) == 0) return succeed(out.str());
-    return fail(Exit::usage, std::string(error.what()) + "\nTry 'pwrmgtctl --help'.");
+    if (app.exit(error, out, hint) != 0) {
+        return fail(Exit::usage, mistake(app, error) + "\nTry 'pwrmgtctl --help'.");
+    }
+    std::string text = out.str();
+    if (!text.ends_with('\n')) text += '\n';
+    return succeed(std::move(text));
 }
 
 }  // namespace
@@ -40,11 +56,11 @@ Outcome run(int argc, const char* const* argv) {
     CLI::App app(kDescription, "pwrmgtctl");
     Action chosen;
     app.set_version_flag("--version", "pwrmgtctl " PWRMGTCTL_VERSION);
-    app.footer(kFooter);
     app.require_subcommand(1);
     add_history(app, chosen);
     add_realtime(app, chosen);
     add_policy(app, chosen);
+    app.footer(kFooter);  // last: a family made after it would inherit it
     try {
         app.parse(argc, argv);
     } catch (const CLI::ParseError& error) {

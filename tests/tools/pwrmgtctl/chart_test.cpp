@@ -1,0 +1,111 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "chart.h"
+
+#include <gtest/gtest.h>
+
+namespace pwrmgt::pwrmgtctl {
+namespace {
+
+constexpr ChartStyle kPlain{Charset::ascii, Zone::utc};
+constexpr ChartStyle kBlocks{Charset::utf8, Zone::utc};
+constexpr uint32_t kNewest = 1700000010;
+
+std::vector<ChartPoint> points_of(const std::vector<Value>& newest_first) {
+    std::vector<ChartPoint> points;
+    for (const Value& value : newest_first) {
+        points.push_back({kNewest - 30 * static_cast<uint32_t>(points.size()), value});
+    }
+    return points;
+}
+
+// The columns of the lowest row of bars, between the wall and the end of the line.
+std::string lowest_row(const std::string& chart) {
+    const size_t floor = chart.rfind("\n", chart.find(" +-"));
+    const size_t start = chart.rfind("\n", floor - 1) + 1;
+    const std::string line = chart.substr(start, floor - start);
+    return line.substr(line.find('|') + 1);
+}
+
+TEST(Chart, BarsStandOnZeroAndReadFromLeftToRight) {
+    const std::string chart = chart_text(points_of({Value{80}, Value{40}, Value{0}}), kPlain);
+
+    EXPECT_EQ(chart,
+              "80 +  #\n"
+              "   |  #\n"
+              "   |  #\n"
+              "   |  #\n"
+              "40 + ##\n"
+              "   | ##\n"
+              "   | ##\n"
+              "   |.##\n"
+              " 0 +---\n"
+              "    2023-11-14T22:12:30Z ..\n"
+              "    2023-11-14T22:13:30Z\n"
+              "Lowest 0, highest 80; blank = no reading.\n");
+}
+
+TEST(Chart, BlocksShowEighthsOfARow) {
+    const std::string chart = chart_text(points_of({Value{5}, Value{80}}), kBlocks);
+
+    EXPECT_NE(chart.find("   │█▄\n 0 └──\n"), std::string::npos) << chart;
+}
+
+TEST(Chart, GapsStayBlank) {
+    const std::string chart = chart_text(points_of({Value{80}, Value{}, Value{80}}), kPlain);
+
+    EXPECT_EQ(lowest_row(chart), "# #");
+}
+
+TEST(Chart, ZeroIsMarkedApartFromAGap) {
+    const std::string chart = chart_text(points_of({Value{0}, Value{}, Value{0}}), kPlain);
+
+    EXPECT_EQ(lowest_row(chart), ". .");
+}
+
+TEST(Chart, SixtyPointsHaveAColumnEach) {
+    const std::string chart = chart_text(points_of(std::vector<Value>(60, Value{10})), kPlain);
+
+    EXPECT_EQ(lowest_row(chart), std::string(60, '#'));
+}
+
+TEST(Chart, SixtyOnePointsShareColumnsByTwo) {
+    const std::string chart = chart_text(points_of(std::vector<Value>(61, Value{10})), kPlain);
+
+    EXPECT_EQ(lowest_row(chart), std::string(31, '#'));
+}
+
+TEST(Chart, ColumnWithOneReadingOfTwoShowsThatReading) {
+    std::vector<Value> values(120, Value{80});
+    values[0] = Value{};
+    const std::string chart = chart_text(points_of(values), kPlain);
+
+    EXPECT_EQ(lowest_row(chart), std::string(60, '#'));
+}
+
+TEST(Chart, ScaleIsTheNextRoundNumber) {
+    EXPECT_EQ(chart_text(points_of({Value{388}}), kPlain).substr(0, 5), "400 +");
+    EXPECT_EQ(chart_text(points_of({Value{400}}), kPlain).substr(0, 5), "400 +");
+    EXPECT_EQ(chart_text(points_of({Value{401}}), kPlain).substr(0, 5), "500 +");
+    EXPECT_EQ(chart_text(points_of({Value{65534}}), kPlain).substr(0, 7), "80000 +");
+}
+
+TEST(Chart, TimesStandUnderTheEndsWhereTheChartIsWideEnough) {
+    const std::string chart = chart_text(points_of(std::vector<Value>(42, Value{10})), kPlain);
+
+    EXPECT_NE(chart.find("\n    2023-11-14T21:53:00Z  2023-11-14T22:13:30Z\n"), std::string::npos)
+        << chart;
+}
+
+TEST(Chart, AllPointsMissingDrawsAnEmptyFrame) {
+    const std::string chart = chart_text(points_of({Value{}, Value{}}), kPlain);
+
+    EXPECT_EQ(lowest_row(chart), "");
+    EXPECT_NE(chart.find("Lowest -, highest -; blank = no reading.\n"), std::string::npos);
+}
+
+TEST(Chart, NoPointsDrawNothing) {
+    EXPECT_EQ(chart_text({}, kBlocks), "");
+}
+
+}  // namespace
+}  // namespace pwrmgt::pwrmgtctl

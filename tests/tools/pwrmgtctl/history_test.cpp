@@ -1,0 +1,359 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "tool.h"
+#include "vekdb_client.h"
+
+namespace pwrmgt::tooltest {
+namespace {
+
+using nlohmann::json;
+
+class History : public ToolTest {
+protected:
+    // `count` slots without a gap, newest at kNewestSlot.
+    void fill(uint32_t count, uint16_t dc_w) {
+        for (uint32_t back = 0; back < count; ++back) {
+            store_slot(back, slot_of(dc_w));
+        }
+    }
+
+    static std::string database() { return "; database " + working_file() + "\n"; }
+};
+
+TEST_F(History, SystemPowerIsATableOfDcAndAcNewestFirst) {
+    store_slot(0, slot_of(300));
+    store_slot(1, slot_of(290));
+
+    const Finished run = tool({"history", "power"});
+
+    EXPECT_EQ(run.exit, 0);
+    EXPECT_EQ(run.err, "");
+    EXPECT_EQ(
+        run.out,
+        "System power, last 1 h up to 2023-11-14T22:13:30Z: 2 entries of 30 s, newest first" +
+            database() +
+            "Time (UTC)            DC avg W  DC max W  DC min W  AC avg W  AC max W  AC min W\n"
+            "2023-11-14T22:13:00Z       300       310       290       350       360       340\n"
+            "2023-11-14T22:12:30Z       290       300       280       340       350       330\n");
+}
+
+TEST_F(History, SystemPowerAsJsonHoldsBothGroups) {
+    store_slot(0, slot_of(300));
+
+    const json document = json_of({"history", "power", "--json"});
+
+    EXPECT_EQ(document, json::parse(R"({
+        "schema": "pwrmgtctl.history.power/1", "domain": "system", "period_s": 3600, "entry_width_s": 30,
+        "order": "newest_first", "asked_at_s": 1700000010, "asked_at_utc": "2023-11-14T22:13:30Z",
+        "database": ")" + working_file() +
+                                    R"(",
+        "entries": [{"index": 0, "timestamp_s": 1699999980, "time_utc": "2023-11-14T22:13:00Z",
+                     "dc": {"avg_w": 300, "max_w": 310, "min_w": 290},
+                     "ac": {"avg_w": 350, "max_w": 360, "min_w": 340}}]})"));
+}
+
+TEST_F(History, ProcessorPowerHasOneGroup) {
+    store_slot(0, slot_of(300));
+
+    const Finished run = tool({"history", "power", "--domain", "cpu"});
+
+    EXPECT_EQ(
+        run.out,
+        "Processor power, last 1 h up to 2023-11-14T22:13:30Z: 1 entry of 30 s, newest first" +
+            database() +
+            "Time (UTC)            DC avg W  DC max W  DC min W\n"
+            "2023-11-14T22:13:00Z       100       110        90\n");
+}
+
+TEST_F(History, MemoryPowerAsJsonNamesItsDomain) {
+    store_slot(0, slot_of(300));
+
+    const json document = json_of({"history", "power", "--domain", "memory", "--json"});
+
+    EXPECT_EQ(document["domain"], "memory");
+    EXPECT_EQ(document["entries"][0]["dc"],
+              json::parse(R"({"avg_w": 40, "max_w": 45, "min_w": 35})"));
+    EXPECT_FALSE(document["entries"][0].contains("ac"));
+}
+
+TEST_F(History, SupplyShowsInputAndOutput) {
+    store_slot(0, slot_of(300));
+
+    const Finished run = tool({"history", "psu", "3"});
+
+    EXPECT_EQ(
+        run.out,
+        "Power of supply 3, last 1 h up to 2023-11-14T22:13:30Z: 1 entry of 30 s, newest first" +
+            database() +
+            "Time (UTC)            AC in avg W  DC out avg W\n"
+            "2023-11-14T22:13:00Z          300           290\n");
+}
+
+TEST_F(History, SupplyAsJsonNamesItsBay) {
+    store_slot(0, slot_of(300));
+
+    const json document = json_of({"history", "psu", "4", "--json"});
+
+    EXPECT_EQ(document["schema"], "pwrmgtctl.history.psu/1");
+    EXPECT_EQ(document["psu"], 4);
+    EXPECT_EQ(document["entries"][0]["ac"]["avg_w"], 400);
+    EXPECT_EQ(document["entries"][0]["dc"]["avg_w"], 390);
+}
+
+TEST_F(History, SupplyAboveFourComesFromTheExtraTable) {
+    const uint32_t content = vek_db_get_content_values();
+    vek_db_content_put_short_uint(content, "Ps12AvgAc", 812);
+    vek_db_content_put_short_uint(content, "Ps12AvgDc", 780);
+    vek_db_content_put_short_uint(content, "_id", 7);
+    vek_db_content_put_uint(content, "Timestamp", kNewestSlot);
+    ASSERT_EQ(vek_db_insert(connection(), "HistExtraPowers24HrMem", content, 0, 0), 0);
+    vek_db_free_content_values(content);
+
+    const json document = json_of({"history", "psu", "12", "--json"});
+
+    EXPECT_EQ(document["entries"][0]["ac"]["avg_w"], 812);
+    EXPECT_EQ(document["entries"][0]["dc"]["avg_w"], 780);
+}
+
+TEST_F(History, PerformanceShowsPercentages) {
+    store_slot(0, slot_of(300));
+
+    const Finished run = tool({"history", "performance"});
+
+    EXPECT_EQ(run.out,
+              "Utilisation, last 1 h up to 2023-11-14T22:13:30Z: 1 entry of 30 s, newest first" +
+                  database() +
+                  "Time (UTC)            System avg %  System max %  System min %  CPU avg %  "
+                  "Memory avg %  I/O avg %\n"
+                  "2023-11-14T22:13:00Z            30            35            25         20       "
+                  "     10          5\n");
+}
+
+TEST_F(History, PerformanceAsJsonHasPercentKeys) {
+    store_slot(0, slot_of(300));
+
+    const json document = json_of({"history", "performance", "--json"});
+
+    EXPECT_EQ(document["schema"], "pwrmgtctl.history.performance/1");
+    EXPECT_EQ(document["entries"][0]["system"],
+              json::parse(R"({"avg_pct": 30, "max_pct": 35, "min_pct": 25})"));
+    EXPECT_EQ(document["entries"][0]["cpu"]["avg_pct"], 20);
+    EXPECT_EQ(document["entries"][0]["memory"]["avg_pct"], 10);
+    EXPECT_EQ(document["entries"][0]["io"]["avg_pct"], 5);
+}
+
+TEST_F(History, EveryPeriodHasItsEntryWidth) {
+    fill(60, 300);
+
+    EXPECT_EQ(json_of({"history", "power", "--period", "1h", "--json"})["entry_width_s"], 30);
+    EXPECT_EQ(json_of({"history", "power", "--period", "6h", "--json"})["entry_width_s"], 180);
+    EXPECT_EQ(json_of({"history", "power", "--period", "12h", "--json"})["entry_width_s"], 360);
+    EXPECT_EQ(json_of({"history", "power", "--period", "24h", "--json"})["entry_width_s"], 720);
+}
+
+TEST_F(History, EntriesFoldTheSlotsOfTheirWidth) {
+    fill(6, 300);
+    for (uint32_t back = 6; back < 12; ++back) {
+        store_slot(back, slot_of(200));
+    }
+
+    const json entries = json_of({"history", "power", "--period", "6h", "--json"})["entries"];
+
+    ASSERT_EQ(entries.size(), 2U);
+    EXPECT_EQ(entries[0]["timestamp_s"], 1699999980);
+    EXPECT_EQ(entries[0]["dc"]["avg_w"], 300);
+    EXPECT_EQ(entries[1]["timestamp_s"], 1699999800);
+    EXPECT_EQ(entries[1]["dc"]["avg_w"], 200);
+}
+
+TEST_F(History, EntriesOptionKeepsTheNewestOnes) {
+    fill(10, 300);
+
+    const json entries = json_of({"history", "power", "--entries", "3", "--json"})["entries"];
+
+    ASSERT_EQ(entries.size(), 3U);
+    EXPECT_EQ(entries[0]["timestamp_s"], 1699999980);
+    EXPECT_EQ(entries[2]["timestamp_s"], 1699999920);
+}
+
+TEST_F(History, OneEntryIsFoundEvenWhenTheNewestSlotLiesBackInThePeriod) {
+    store_slot(60, slot_of(300));
+
+    const json entries = json_of({"history", "power", "--entries", "1", "--json"})["entries"];
+
+    ASSERT_EQ(entries.size(), 1U);
+    EXPECT_EQ(entries[0]["timestamp_s"], 1699998180);
+}
+
+TEST_F(History, OldestFirstTurnsTheOrderAndKeepsTheIndexes) {
+    store_slot(0, slot_of(300));
+    store_slot(1, slot_of(290));
+
+    const json document = json_of({"history", "power", "--oldest-first", "--json"});
+
+    EXPECT_EQ(document["order"], "oldest_first");
+    EXPECT_EQ(document["entries"][0]["index"], 1);
+    EXPECT_EQ(document["entries"][0]["timestamp_s"], 1699999950);
+    EXPECT_EQ(document["entries"][1]["index"], 0);
+}
+
+TEST_F(History, GapIsADashWithItsTime) {
+    store_slot(0, slot_of(300));
+    store_slot(2, slot_of(290));
+
+    const std::vector<std::string> lines =
+        lines_of(tool({"history", "power", "--domain", "cpu"}).out);
+
+    ASSERT_EQ(lines.size(), 5U);
+    EXPECT_EQ(lines[3], "2023-11-14T22:12:30Z         -         -         -");
+}
+
+TEST_F(History, SlotWithoutAReadingIsNullInJson) {
+    store_slot(0, empty_slot());
+    store_slot(1, slot_of(290));
+
+    const json entry = json_of({"history", "power", "--json"})["entries"][0];
+
+    EXPECT_EQ(entry["timestamp_s"], 1699999980);
+    EXPECT_TRUE(entry["dc"]["avg_w"].is_null());
+    EXPECT_TRUE(entry["dc"]["max_w"].is_null());
+    EXPECT_TRUE(entry["dc"]["min_w"].is_null());
+    EXPECT_TRUE(entry["ac"]["avg_w"].is_null());
+}
+
+TEST_F(History, AcMeanWithASlotWithoutAcIsMissingInsteadOfTooHigh) {
+    fill(6, 300);
+    pwrmgt_hist_sample_t without_ac = slot_of(300);
+    without_ac.system.avg2 = without_ac.system.max2 = without_ac.system.min2 = PWRMGT_NO_POWER;
+    store_slot(6, without_ac);
+    for (uint32_t back = 7; back < 12; ++back) {
+        store_slot(back, slot_of(300));
+    }
+
+    const json entries = json_of({"history", "power", "--period", "6h", "--json"})["entries"];
+
+    EXPECT_EQ(entries[0]["ac"]["avg_w"], 350);
+    EXPECT_EQ(entries[1]["dc"]["avg_w"], 300);
+    EXPECT_TRUE(entries[1]["ac"]["avg_w"].is_null());
+    EXPECT_TRUE(entries[1]["ac"]["max_w"].is_null());
+    EXPECT_EQ(entries[1]["ac"]["min_w"], 340);
+}
+
+TEST_F(History, EntriesAfterTheEndOfTheDataAreLeftOutAndNeverSay1970) {
+    fill(5, 300);
+
+    const Finished run = tool({"history", "power", "--period", "24h"});
+
+    EXPECT_EQ(lines_of(run.out).size(), 3U);
+    EXPECT_EQ(run.out.find("1970"), std::string::npos);
+}
+
+TEST_F(History, LocalTimeShowsTheOffset) {
+    store_slot(0, slot_of(300));
+
+    const Finished run = tool_with({"TZ=CET-1"}, {"history", "psu", "1", "--local"});
+
+    EXPECT_NE(run.out.find("up to 2023-11-14T23:13:30+01:00"), std::string::npos) << run.out;
+    EXPECT_NE(run.out.find("\nTime (local)               AC in avg W"), std::string::npos)
+        << run.out;
+    EXPECT_NE(run.out.find("\n2023-11-14T23:13:00+01:00"), std::string::npos) << run.out;
+}
+
+TEST_F(History, TimingIsTheLastLineAndOnlyOnRequest) {
+    store_slot(0, slot_of(300));
+
+    const std::vector<std::string> lines = lines_of(tool({"history", "power", "--timing"}).out);
+
+    ASSERT_EQ(lines.size(), 4U);
+    EXPECT_EQ(lines[3].substr(0, 15), "The query took ");
+    EXPECT_EQ(lines[3].substr(lines[3].size() - 4), " ms.");
+}
+
+TEST_F(History, TimingInJsonIsAKeyOfItsOwn) {
+    store_slot(0, slot_of(300));
+
+    EXPECT_GT(json_of({"history", "power", "--json", "--timing"})["query_ms"].get<double>(), 0.0);
+    EXPECT_FALSE(json_of({"history", "power", "--json"}).contains("query_ms"));
+}
+
+TEST_F(History, ChartDrawsTheFirstColumn) {
+    store_slot(0, slot_of(300));
+    store_slot(2, slot_of(150));
+
+    const std::vector<std::string> lines =
+        lines_of(tool({"history", "power", "--chart", "--ascii"}).out);
+
+    ASSERT_EQ(lines.size(), 14U);
+    EXPECT_EQ(
+        lines[0] + "\n",
+        "System power, last 1 h up to 2023-11-14T22:13:30Z: 3 entries of 30 s, oldest on the left" +
+            database());
+    EXPECT_EQ(lines[1], "DC avg W");
+    EXPECT_EQ(lines[2], "300 +  #");
+    EXPECT_EQ(lines[6], "150 +# #");
+    EXPECT_EQ(lines[13], "Lowest 150, highest 300; blank = no reading.");
+}
+
+TEST_F(History, ChartUsesBlockCharactersUnlessAsciiIsAskedFor) {
+    store_slot(0, slot_of(300));
+
+    EXPECT_NE(tool({"history", "psu", "1", "--chart"}).out.find("█"), std::string::npos);
+    EXPECT_EQ(tool({"history", "psu", "1", "--chart", "--ascii"}).out.find("█"), std::string::npos);
+}
+
+TEST_F(History, NothingRecordedIsExit4WithItsStatus) {
+    const Finished power = tool({"history", "power"});
+    const Finished psu = tool({"history", "psu", "2", "--period", "6h"});
+
+    EXPECT_EQ(power.exit, 4);
+    EXPECT_EQ(power.out, "");
+    EXPECT_EQ(power.err, "pwrmgtctl: no reading recorded in the last hour (status 8)\n");
+    EXPECT_EQ(psu.exit, 4);
+    EXPECT_EQ(psu.err,
+              "pwrmgtctl: no reading recorded of supply 2 in the last 6 hours (status 8)\n");
+}
+
+TEST_F(History, NothingRecordedOfPerformanceIsExit4WithStatus31) {
+    const Finished run = tool({"history", "performance", "--period", "24h"});
+
+    EXPECT_EQ(run.exit, 4);
+    EXPECT_EQ(run.err, "pwrmgtctl: no reading recorded in the last 24 hours (status 31)\n");
+}
+
+TEST_F(History, SlotsWithoutAnyReadingAreNoData) {
+    store_slot(0, empty_slot());
+
+    EXPECT_EQ(tool({"history", "power", "--json"}).exit, 4);
+    EXPECT_EQ(tool({"history", "psu", "1"}).exit, 4);
+    EXPECT_EQ(tool({"history", "performance"}).exit, 4);
+}
+
+TEST_F(History, PolicyThatRefusesPowerManagementIsExit3) {
+    store_slot(0, slot_of(300));
+    store_policy(2, 1);
+
+    const Finished run = tool({"history", "power"});
+
+    EXPECT_EQ(run.exit, 3);
+    EXPECT_EQ(run.out, "");
+    EXPECT_EQ(run.err, "pwrmgtctl: power management is not offered on this platform (status 10)\n");
+}
+
+TEST_F(History, QuorilPlatformOffersPowerButNoSupplies) {
+    store_slot(0, slot_of(300));
+
+    EXPECT_EQ(tool_with({"VEKDB_PLATFORM=quoril"}, {"history", "power"}).exit, 0);
+    EXPECT_EQ(tool_with({"VEKDB_PLATFORM=quoril"}, {"history", "psu", "1"}).exit, 3);
+    EXPECT_EQ(tool_with({"VEKDB_PLATFORM=quoril"}, {"history", "performance"}).exit, 3);
+}
+
+TEST_F(History, ClockBefore1970IsAFailureAndNotAnEmptyWindow) {
+    const Launch before_1970{{"history", "performance"}, {}, -100, Sink::file};
+
+    const Finished run = launch(before_1970);
+
+    EXPECT_EQ(run.exit, 1);
+    EXPECT_EQ(run.err, "pwrmgtctl: the clock does not show a time after 1970 (status 31)\n");
+}
+
+}  // namespace
+}  // namespace pwrmgt::tooltest

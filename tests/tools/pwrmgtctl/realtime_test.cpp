@@ -1,0 +1,142 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "tool.h"
+
+namespace pwrmgt::tooltest {
+namespace {
+
+using nlohmann::json;
+
+class Realtime : public ToolTest {};
+
+const char* const kTrace = "VEKDB_SIM_TRACE=" TRACE_FILE;
+
+constexpr pwrmgt_realtime_pwr_t kReading{0, 0, 350, 300, 100, 40, 30, 20, 10, 5};
+
+TEST_F(Realtime, StoredReadingIsATableWithItsAge) {
+    store_realtime(kReading, kNow - 7);
+
+    const Finished run = tool({"realtime"});
+
+    EXPECT_EQ(run.exit, 0);
+    EXPECT_EQ(run.err, "");
+    EXPECT_EQ(run.out, "Stored reading of 2023-11-14T22:13:23Z, 7 s old; database " +
+                           working_file() +
+                           "\n"
+                           "Reading                   Value\n"
+                           "System AC power, W          350\n"
+                           "System DC power, W          300\n"
+                           "Processor DC power, W       100\n"
+                           "Memory DC power, W           40\n"
+                           "System utilisation, %        30\n"
+                           "Processor utilisation, %     20\n"
+                           "Memory utilisation, %        10\n"
+                           "I/O utilisation, %            5\n");
+}
+
+TEST_F(Realtime, StoredReadingAsJsonHasUnitsInItsKeys) {
+    store_realtime(kReading, kNow - 7);
+
+    const json document = json_of({"realtime", "--json"});
+
+    EXPECT_EQ(document, json::parse(R"({
+        "schema": "pwrmgtctl.realtime/1", "source": "stored", "timestamp_s": 1700000003,
+        "time_utc": "2023-11-14T22:13:23Z", "age_s": 7, "database": ")" +
+                                    working_file() + R"(",
+        "system": {"ac_w": 350, "dc_w": 300, "pct": 30}, "cpu": {"dc_w": 100, "pct": 20},
+        "memory": {"dc_w": 40, "pct": 10}, "io": {"pct": 5}})"));
+}
+
+TEST_F(Realtime, MissingReadingsAreDashes) {
+    store_realtime({0, 0, 65535, 300, 65535, 65535, 255, 255, 255, 255}, kNow);
+
+    const std::vector<std::string> lines = lines_of(tool({"realtime"}).out);
+
+    ASSERT_EQ(lines.size(), 10U);
+    EXPECT_EQ(lines[2], "System AC power, W            -");
+    EXPECT_EQ(lines[3], "System DC power, W          300");
+    EXPECT_EQ(lines[6], "System utilisation, %         -");
+    EXPECT_EQ(lines[9], "I/O utilisation, %            -");
+}
+
+TEST_F(Realtime, MissingReadingsAreNullInJson) {
+    store_realtime({0, 0, 65535, 300, 65535, 65535, 255, 255, 255, 255}, kNow);
+
+    const json document = json_of({"realtime", "--json"});
+
+    EXPECT_TRUE(document["system"]["ac_w"].is_null());
+    EXPECT_EQ(document["system"]["dc_w"], 300);
+    EXPECT_TRUE(document["cpu"]["pct"].is_null());
+    EXPECT_TRUE(document["io"]["pct"].is_null());
+}
+
+TEST_F(Realtime, ReadingStampedAfterNowIsToldAsInTheFuture) {
+    store_realtime(kReading, kNow + 90);
+
+    EXPECT_NE(tool({"realtime"}).out.find(", 90 s in the future;"), std::string::npos);
+    EXPECT_EQ(json_of({"realtime", "--json"})["age_s"], -90);
+}
+
+TEST_F(Realtime, NoStoredRowIsExit4) {
+    const Finished run = tool({"realtime"});
+
+    EXPECT_EQ(run.exit, 4);
+    EXPECT_EQ(run.out, "");
+    EXPECT_EQ(run.err, "pwrmgtctl: no real-time reading is stored (status 8)\n");
+}
+
+TEST_F(Realtime, PolicyThatRefusesPowerManagementIsExit3StoredAndLive) {
+    store_realtime(kReading, kNow);
+    store_policy(2, 1);
+
+    EXPECT_EQ(tool({"realtime"}).exit, 3);
+    EXPECT_EQ(tool({"realtime", "--live"}).exit, 3);
+}
+
+// The trace has 290 W, 60 W and 35 W at 22:13:06 of its day, and supplies that give out 75 W and
+// 150 W; the simulator's word of a reading is its time.
+TEST_F(Realtime, LiveReadingComesFromTheFirmwareAndIsNew) {
+    const Finished run = tool_with({kTrace}, {"realtime", "--live", "--json"});
+
+    EXPECT_EQ(run.exit, 0) << run.err;
+    EXPECT_EQ(json::parse(run.out), json::parse(R"({
+        "schema": "pwrmgtctl.realtime/1", "source": "firmware", "timestamp_s": 1700000010,
+        "time_utc": "2023-11-14T22:13:30Z", "age_s": 0, "firmware_word": 1699999975,
+        "system": {"ac_w": 290, "dc_w": 225, "pct": 0}, "cpu": {"dc_w": 60, "pct": 0},
+        "memory": {"dc_w": 35, "pct": 0}, "io": {"pct": 0}})"));
+}
+
+TEST_F(Realtime, LiveReadingAsTextNamesTheFirmware) {
+    const std::vector<std::string> lines =
+        lines_of(tool_with({kTrace}, {"realtime", "--live"}).out);
+
+    ASSERT_EQ(lines.size(), 10U);
+    EXPECT_EQ(lines[0], "Live reading of the firmware at 2023-11-14T22:13:30Z");
+    EXPECT_EQ(lines[2], "System AC power, W          290");
+}
+
+TEST_F(Realtime, FirmwareWithoutAReadingIsExit1) {
+    const Finished run = tool({"realtime", "--live"});
+
+    EXPECT_EQ(run.exit, 1);
+    EXPECT_EQ(run.err, "pwrmgtctl: the exchange with the firmware failed (status 31)\n");
+}
+
+TEST_F(Realtime, FirmwareThatCannotBeReachedIsExit1) {
+    const Finished run = tool_with({"VEKDB_IPMI=/dev/null"}, {"realtime", "--live"});
+
+    EXPECT_EQ(run.exit, 1);
+    EXPECT_EQ(run.out, "");
+    EXPECT_NE(run.err.find("pwrmgtctl: the exchange with the firmware failed (status 31)\n"),
+              std::string::npos)
+        << run.err;
+}
+
+TEST_F(Realtime, TimingIsAskedFor) {
+    store_realtime(kReading, kNow);
+
+    EXPECT_NE(tool({"realtime", "--timing"}).out.find("\nThe query took "), std::string::npos);
+    EXPECT_TRUE(json_of({"realtime", "--json", "--timing"})["query_ms"].is_number());
+}
+
+}  // namespace
+}  // namespace pwrmgt::tooltest

@@ -1,0 +1,68 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "status_text.h"
+
+#include <gtest/gtest.h>
+
+namespace pwrmgt::pwrmgtctl {
+namespace {
+
+struct Case {
+    Call call;
+    uint32_t status;
+    Exit exit;
+    const char* words;
+};
+
+class StatusText : public ::testing::TestWithParam<Case> {};
+
+TEST_P(StatusText, SaysTheCauseHereWithItsNumber) {
+    const Case& expected = GetParam();
+
+    const Outcome outcome = explain(expected.call, expected.status, "in the last hour");
+
+    EXPECT_EQ(outcome.exit, expected.exit);
+    EXPECT_EQ(outcome.error, expected.words);
+    EXPECT_EQ(outcome.document, "");
+}
+
+// clang-format off
+const Case kCases[] = {
+    {Call::history_power, 2, Exit::failure, "the database did not open (status 2)"},
+    {Call::history_power, 3, Exit::failure, "the database query failed (status 3)"},
+    {Call::history_power, 8, Exit::no_data, "no reading recorded in the last hour (status 8)"},
+    {Call::history_power, 10, Exit::unsupported, "power management is not offered on this platform (status 10)"},
+    {Call::history_power, 31, Exit::failure, "the clock does not show a time after 1970 (status 31)"},
+    {Call::history_psu, 2, Exit::failure, "the database did not open (status 2)"},
+    {Call::history_psu, 3, Exit::failure, "the database query failed (status 3)"},
+    {Call::history_psu, 8, Exit::no_data, "no reading recorded in the last hour (status 8)"},
+    {Call::history_psu, 10, Exit::unsupported, "power management is not offered on this platform (status 10)"},
+    {Call::history_psu, 31, Exit::failure, "the clock does not show a time after 1970 (status 31)"},
+    {Call::history_performance, 2, Exit::failure, "the database did not open (status 2)"},
+    {Call::history_performance, 3, Exit::failure, "the database query failed (status 3)"},
+    {Call::history_performance, 8, Exit::no_data, "no reading recorded in the last hour (status 8)"},
+    {Call::history_performance, 10, Exit::unsupported, "power management is not offered on this platform (status 10)"},
+    {Call::history_performance, 31, Exit::no_data, "no reading recorded in the last hour (status 31)"},
+    {Call::realtime_stored, 2, Exit::failure, "the database did not open (status 2)"},
+    {Call::realtime_stored, 3, Exit::failure, "the database query failed (status 3)"},
+    {Call::realtime_stored, 8, Exit::no_data, "no real-time reading is stored (status 8)"},
+    {Call::realtime_stored, 10, Exit::unsupported, "power management is not offered on this platform (status 10)"},
+    {Call::realtime_stored, 31, Exit::failure, "the table of the real-time reading holds several rows (status 31)"},
+    {Call::realtime_live, 10, Exit::unsupported, "power management is not offered on this platform (status 10)"},
+    {Call::realtime_live, 31, Exit::failure, "the exchange with the firmware failed (status 31)"},
+    {Call::policy, 2, Exit::failure, "the database did not open (status 2)"},
+    {Call::policy, 3, Exit::failure, "the database query failed (status 3)"},
+    {Call::policy, 8, Exit::no_data, "no power policy is stored (status 8)"},
+};
+// clang-format on
+
+INSTANTIATE_TEST_SUITE_P(EveryCallAndStatus, StatusText, ::testing::ValuesIn(kCases));
+
+TEST(StatusTextUnknown, StatusThatNoRowNamesIsAFailureWithItsNumber) {
+    const Outcome outcome = explain(Call::policy, 77, "");
+
+    EXPECT_EQ(outcome.exit, Exit::failure);
+    EXPECT_EQ(outcome.error, "unexpected answer of the library (status 77)");
+}
+
+}  // namespace
+}  // namespace pwrmgt::pwrmgtctl

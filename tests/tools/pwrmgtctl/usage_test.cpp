@@ -1,0 +1,98 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "tool.h"
+
+namespace pwrmgt::tooltest {
+namespace {
+
+class Usage : public ToolTest {};
+
+TEST_F(Usage, HelpTellsExitCodesAndExamples) {
+    const Finished run = tool({"--help"});
+
+    EXPECT_EQ(run.exit, 0);
+    EXPECT_EQ(run.err, "");
+    EXPECT_NE(run.out.find("  4  nothing recorded\n"), std::string::npos);
+    EXPECT_NE(run.out.find("  pwrmgtctl history power --period 24h --chart\n"), std::string::npos);
+}
+
+TEST_F(Usage, EveryCommandHasHelpWithAnExample) {
+    const std::vector<std::vector<std::string>> commands{{"history", "power"},
+                                                         {"history", "psu"},
+                                                         {"history", "performance"},
+                                                         {"realtime"},
+                                                         {"policy"}};
+    for (std::vector<std::string> command : commands) {
+        command.emplace_back("--help");
+
+        const Finished run = tool(command);
+
+        EXPECT_EQ(run.exit, 0) << run.err;
+        EXPECT_NE(run.out.find("Example"), std::string::npos) << run.out;
+        EXPECT_NE(run.out.find("--json"), std::string::npos) << run.out;
+    }
+}
+
+TEST_F(Usage, VersionIsOneLine) {
+    const Finished run = tool({"--version"});
+
+    EXPECT_EQ(run.exit, 0);
+    EXPECT_EQ(run.out, "pwrmgtctl " PWRMGTCTL_VERSION "\n");
+}
+
+struct Mistake {
+    std::vector<std::string> arguments;
+    const char* said;
+};
+
+class UsageMistake : public ToolTest, public ::testing::WithParamInterface<Mistake> {};
+
+TEST_P(UsageMistake, IsExit2AndNamesTheArgument) {
+    const Mistake& mistake = GetParam();
+
+    const Finished run = tool(mistake.arguments);
+
+    EXPECT_EQ(run.exit, 2);
+    EXPECT_EQ(run.out, "");
+    EXPECT_EQ(run.err.substr(0, 11), "pwrmgtctl: ");
+    EXPECT_NE(run.err.find(mistake.said), std::string::npos) << run.err;
+    EXPECT_NE(run.err.find("\nTry 'pwrmgtctl --help'.\n"), std::string::npos) << run.err;
+}
+
+// clang-format off
+const Mistake kMistakes[] = {
+    {{}, "A subcommand is required"},
+    {{"history"}, "A subcommand is required"},
+    {{"rubbish"}, "rubbish"},
+    {{"history", "power", "--period", "2h"}, "--period"},
+    {{"history", "power", "--period", ""}, "--period"},
+    {{"history", "power", "--domain", "psu"}, "--domain"},
+    {{"history", "power", "--entries", "0"}, "--entries"},
+    {{"history", "power", "--entries", "121"}, "--entries"},
+    {{"history", "power", "--entries", "-1"}, "--entries"},
+    {{"history", "power", "--entries", "many"}, "--entries"},
+    {{"history", "power", "--entries", "4294967297"}, "--entries"},
+    {{"history", "power", "--json", "--chart"}, "--chart"},
+    {{"history", "power", "--json", "--local"}, "--local"},
+    {{"history", "power", "--ascii"}, "--chart"},
+    {{"history", "power", "--chart", "--oldest-first"}, "--oldest-first"},
+    {{"history", "psu"}, "N is required"},
+    {{"history", "psu", "0"}, "N"},
+    {{"history", "psu", "13"}, "N"},
+    {{"history", "psu", "1", "2"}, "2"},
+    {{"realtime", "--chart"}, "--chart"},
+    {{"policy", "rubbish"}, "rubbish"},
+};
+// clang-format on
+
+INSTANTIATE_TEST_SUITE_P(Every, UsageMistake, ::testing::ValuesIn(kMistakes));
+
+TEST_F(Usage, Bay12IsAccepted) {
+    EXPECT_EQ(tool({"history", "psu", "12"}).exit, 4);
+}
+
+TEST_F(Usage, HundredAndTwentyEntriesAreAccepted) {
+    EXPECT_EQ(tool({"history", "power", "--entries", "120"}).exit, 4);
+}
+
+}  // namespace
+}  // namespace pwrmgt::tooltest
