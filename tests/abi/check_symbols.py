@@ -62,8 +62,8 @@ def platform_functions(root):
 
 
 def from_sanitizer(name):
-    """The runtime's own entries, and the C library's functions that it stands in front of without their versions."""
-    return SANITIZER_OWN.match(name) or hasattr(ctypes.CDLL("libc.so.6"), name)
+    """The runtime's own entries, and the C and C++ libraries' functions that it stands in front of without versions."""
+    return SANITIZER_OWN.match(name) or any(hasattr(ctypes.CDLL(library), name) for library in ("libc.so.6", "libstdc++.so.6"))
 
 
 def undefined(arguments):

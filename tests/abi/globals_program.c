@@ -7,11 +7,13 @@
 
 #include "platform_id.h"
 #include "vekdb_client.h"
+#include "vekdb_prop.h"
 #include "vekdb_pwrmgt.h"
 
 enum { kConnection = 11, kResult = 12, kRow = 9 };
 
 static int database_calls;
+static int property_calls;
 static uint8_t stored_is_blade;
 
 int is_quoril_platform(void) {
@@ -60,16 +62,25 @@ void vek_db_free_result(uint32_t result) {
     database_calls += result == kResult;
 }
 
+int propdb_get_byte(const char* path, uint8_t* out) {
+    ++property_calls;
+    if (strcmp(path, "/ac/tavn/power/psu_installed") == 0) *out = 4;
+    if (strcmp(path, "/ac/tavn/power/psu_config_info") == 0) *out = 12;
+    return 0;
+}
+
 static int check(int holds, const char* what) {
     if (!holds) fprintf(stderr, "does not hold: %s\n", what);
     return holds ? 0 : 1;
 }
 
-static int the_flag_starts_as_unread(void) {
-    return check(g_power_policy_flag == 255, "g_power_policy_flag is 255 in a fresh process");
+static int the_caches_start_as_unread(void) {
+    return check(g_power_policy_flag == 255, "g_power_policy_flag is 255 in a fresh process") +
+           check(g_psu_installed == 15, "g_psu_installed is 15 in a fresh process") +
+           check(g_psu_config_info == 255, "g_psu_config_info is 255 in a fresh process");
 }
 
-static int the_library_reads_what_the_program_writes(void) {
+static int the_library_reads_the_flag_that_the_program_writes(void) {
     int failures = 0;
 
     g_power_policy_flag = 2;
@@ -79,7 +90,7 @@ static int the_library_reads_what_the_program_writes(void) {
     return failures + check(database_calls == 0, "the database was not asked");
 }
 
-static int the_program_reads_what_the_library_writes(void) {
+static int the_program_reads_the_flag_that_the_library_writes(void) {
     stored_is_blade = 2;
 
     const uint32_t verdict = pwrmgt_unsupport_check("");
@@ -89,16 +100,60 @@ static int the_program_reads_what_the_library_writes(void) {
            check(database_calls > 0, "the program's own database functions were called");
 }
 
-int main(int argc, char** argv) {
-    const char* const behaviour = argc == 2 ? argv[1] : "";
+static int the_library_reads_the_supply_codes_that_the_program_writes(void) {
+    g_psu_installed = 7;
+    g_psu_config_info = 8;
 
-    if (strcmp(behaviour, "TheFlagStartsAsUnread") == 0) return the_flag_starts_as_unread();
-    if (strcmp(behaviour, "TheLibraryReadsWhatTheProgramWrites") == 0) {
-        return the_library_reads_what_the_program_writes();
+    return check(pwrmgt_get_psu_type_installed() == 7, "the type is the program's") +
+           check(pwrmgt_get_psu_config_info() == 8, "the configuration is the program's") +
+           check(property_calls == 0, "the properties were not asked");
+}
+
+static int the_program_reads_the_supply_codes_that_the_library_writes(void) {
+    pwrmgt_get_psu_type_installed();
+    pwrmgt_get_psu_config_info();
+
+    return check(g_psu_installed == 4, "g_psu_installed is the property's 4") +
+           check(g_psu_config_info == 12, "g_psu_config_info is the property's 12");
+}
+
+static int the_table_of_modes_is_the_programs_to_change(void) {
+    pwrmgt_redun_mode_map_t* const first = &default_redun_mode_map[0];
+    const pwrmgt_redun_mode_map_t* const last = &default_redun_mode_map[27];
+    int failures = 0;
+
+    failures += check(first->hw_config == 1 && first->output_label_power == 1800 &&
+                          first->output_gpu_power == 700 && first->psu_present == 4 &&
+                          first->redun_mode == 2,
+                      "the first row is 1, 1800, 700, 4, 2");
+    failures +=
+        check(last->hw_config == 3 && last->output_label_power == 2600 &&
+                  last->output_gpu_power == 600 && last->psu_present == 4 && last->redun_mode == 4,
+              "the last row is 3, 2600, 600, 4, 4");
+    first->redun_mode = 1;
+    return failures + check(default_redun_mode_map[0].redun_mode == 1, "a row can be written");
+}
+
+static const struct {
+    const char* name;
+    int (*show)(void);
+} kBehaviours[] = {
+    {"TheCachesStartAsUnread", the_caches_start_as_unread},
+    {"TheLibraryReadsTheFlagThatTheProgramWrites",
+     the_library_reads_the_flag_that_the_program_writes},
+    {"TheProgramReadsTheFlagThatTheLibraryWrites",
+     the_program_reads_the_flag_that_the_library_writes},
+    {"TheLibraryReadsTheSupplyCodesThatTheProgramWrites",
+     the_library_reads_the_supply_codes_that_the_program_writes},
+    {"TheProgramReadsTheSupplyCodesThatTheLibraryWrites",
+     the_program_reads_the_supply_codes_that_the_library_writes},
+    {"TheTableOfModesIsTheProgramsToChange", the_table_of_modes_is_the_programs_to_change},
+};
+
+int main(int argc, char** argv) {
+    for (size_t i = 0; argc == 2 && i < sizeof kBehaviours / sizeof kBehaviours[0]; ++i) {
+        if (strcmp(argv[1], kBehaviours[i].name) == 0) return kBehaviours[i].show() == 0 ? 0 : 1;
     }
-    if (strcmp(behaviour, "TheProgramReadsWhatTheLibraryWrites") == 0) {
-        return the_program_reads_what_the_library_writes();
-    }
-    fprintf(stderr, "unknown behaviour: %s\n", behaviour);
+    fprintf(stderr, "name one behaviour\n");
     return 2;
 }
