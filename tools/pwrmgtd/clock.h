@@ -1,0 +1,42 @@
+// SPDX-License-Identifier: Apache-2.0
+// The daemon's time, timer and end in one piece, so that tests run a day in a moment.
+#pragma once
+
+#include <csignal>
+#include <cstdint>
+
+namespace pwrmgt::pwrmgtd {
+
+enum class Wake { time, stop };
+
+class Clock {
+public:
+    Clock() = default;
+    virtual ~Clock() = default;
+    Clock(const Clock&) = delete;
+    Clock& operator=(const Clock&) = delete;
+
+    // Seconds since the epoch.
+    virtual std::int64_t now() = 0;
+
+    // Waits for second `t_s`, but a second at most, so that a clock that is set meanwhile is
+    // noticed; the caller looks at now(). `stop` once the daemon is to end.
+    virtual Wake wait_until(std::int64_t t_s) = 0;
+};
+
+// The wall clock; SIGTERM, SIGINT and SIGHUP are the end. They are held back from construction on
+// and arrive in wait_until() only, so nothing else is ever interrupted. One per process.
+class SystemClock final : public Clock {
+public:
+    SystemClock();
+    ~SystemClock() override;
+
+    std::int64_t now() override;
+    Wake wait_until(std::int64_t t_s) override;
+
+private:
+    sigset_t mask_before_{};
+    sigset_t mask_waiting_{};
+};
+
+}  // namespace pwrmgt::pwrmgtd

@@ -1,0 +1,149 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "daemon.h"
+
+#include <unistd.h>
+
+#include <array>
+#include <cerrno>
+#include <chrono>
+#include <cstdio>
+#include <cstring>
+#include <filesystem>
+#include <memory>
+
+#include "lock.h"
+#include "replay.h"
+#include "source.h"
+#include "startup.h"
+#include "state_dir.h"
+#include "tables.h"
+#include "time_text.h"
+
+namespace pwrmgt::pwrmgtd {
+namespace {
+
+constexpr const char* kLockFile = "/pwrmgtd.lock";
+
+std::optional<trace::Trace> load_trace(const std::string& file, Log& log) {
+    trace::LoadResult loaded = trace::load(file);
+    if (!loaded.trace) {
+        log.error(loaded.error);
+        return std::nullopt;
+    }
+    if (loaded.trace->ignored_values() > 0) {
+        log.warning(file + ": " + std::to_string(loaded.trace->ignored_values()) +
+                    " values out of range count as missing");
+    }
+    return std::move(loaded.trace);
+}
+
+std::unique_ptr<Source> make_source(const Options& options, Log& log) {
+    if (options.source == SourceKind::firmware) return std::make_unique<FirmwareSource>(log);
+    std::optional<trace::Trace> trace = load_trace(options.trace_file, log);
+    if (!trace) return nullptr;
+    return std::make_unique<TraceSource>(std::move(*trace), options.trace_file);
+}
+
+// One lock per file of the database: they can be combined anew with two environment variables.
+class DatabaseLock {
+public:
+    Exit take(const vekdb::Directories& directories, Log& log) {
+        const std::array paths{directories.runtime, directories.state};
+        for (std::size_t i = 0; i < paths.size(); ++i) {
+            if (i > 0 && paths[i] == paths[0]) break;
+            std::error_code ignored;
+            std::filesystem::create_directories(paths[i], ignored);
+            std::string reason;
+            const auto outcome = locks_[i].take(paths[i] + kLockFile, reason);
+            if (outcome == InstanceLock::Outcome::taken) continue;
+            log.error(reason);
+            return outcome == InstanceLock::Outcome::held_by_another ? Exit::already_running
+                                                                     : Exit::failure;
+        }
+        return Exit::ok;
+    }
+
+private:
+    std::array<InstanceLock, 2> locks_;
+};
+
+// The database client tells the system log why it refuses; most often it is one of these.
+std::string reason_not_open(const vekdb::Directories& directories) {
+    for (const std::string& path : {directories.state, directories.runtime}) {
+        if (access(path.c_str(), R_OK | W_OK | X_OK) != 0) {
+            return path + ": " + std::strerror(errno);
+        }
+    }
+    return "the system log tells why";
+}
+
+std::string summary(const std::string& file, const ReplayPlan& plan,
+                    const vekdb::Directories& directories,
+                    std::chrono::steady_clock::duration took) {
+    const auto milliseconds = std::chrono::duration_cast<std::chrono::milliseconds>(took).count();
+    std::array<char, 32> seconds{};
+    std::snprintf(seconds.data(), seconds.size(), "%.3f",
+                  static_cast<double>(milliseconds) / 1000.0);
+    return "replayed " + file + ": " + std::to_string((plan.last_s - plan.first_s) / kSlot_s + 1) +
+           " rows, " + time_text(plan.first_s) + " to " + time_text(plan.last_s) + ", database " +
+           directories.state + " and " + directories.runtime + ", " + seconds.data() + " s\n";
+}
+
+bool fill_past(const trace::Trace& past, std::int64_t until_s, std::int64_t now_s,
+               DatabaseTables& tables, Log& log) {
+    if (!is_recordable(until_s)) {
+        log.error("the clock is wrong: " + time_text(until_s));
+        return false;
+    }
+    if (until_s > now_s) log.warning("--until is ahead of the clock: queries look back from now");
+    const bool filled = replay(past, plan_replay(past, until_s), until_s, tables);
+    if (!filled) log.error("the replay is not complete");
+    return filled;
+}
+
+bool record(const Station& station, Rhythm rhythm) {
+    station.log.notice("recording from " + station.source.name());
+    Schedule schedule(station, rhythm);
+    const bool saved = schedule.run();
+    if (saved) station.log.notice("ended, everything saved");
+    if (!saved) station.log.error("ended with slots that could not be saved");
+    return saved;
+}
+
+}  // namespace
+
+Exit run_daemon(const Options& options, Clock& clock, Log& log, const Print& print) {
+    const auto started = std::chrono::steady_clock::now();
+    const bool replays = !options.replay_file.empty();
+    const bool records = !replays || options.then_run;
+    const std::optional<trace::Trace> past =
+        replays ? load_trace(options.replay_file, log) : std::nullopt;
+    const std::unique_ptr<Source> source = records ? make_source(options, log) : nullptr;
+    if ((replays && !past) || (records && !source)) return Exit::failure;
+
+    const vekdb::Directories directories = vekdb::choose_directories();
+    log.notice("database " + directories.state + " and " + directories.runtime);
+    DatabaseTables tables(log);
+    if (!tables.open()) {
+        log.error("the database did not open: " + reason_not_open(directories));
+        return Exit::failure;
+    }
+    DatabaseLock lock;
+    if (const Exit refused = lock.take(directories, log); refused != Exit::ok) return refused;
+
+    const std::int64_t now_s = options.until_s.value_or(clock.now());
+    if (!start_tables({tables, log, now_s, options.redundancy_mode})) {
+        log.error("the power history could not be started");
+        return Exit::failure;
+    }
+    if (past) {
+        if (!fill_past(*past, now_s, clock.now(), tables, log)) return Exit::failure;
+        const auto took = std::chrono::steady_clock::now() - started;
+        const ReplayPlan plan = plan_replay(*past, now_s);
+        if (!print(summary(options.replay_file, plan, directories, took))) return Exit::failure;
+    }
+    return !records || record({clock, *source, tables, log}, options.rhythm) ? Exit::ok
+                                                                             : Exit::failure;
+}
+
+}  // namespace pwrmgt::pwrmgtd

@@ -1,0 +1,40 @@
+// SPDX-License-Identifier: Apache-2.0
+// The command line.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+
+#include "schedule.h"
+
+namespace pwrmgt::pwrmgtd {
+
+// Service managers and scripts rely on the numbers; --help and docs/pwrmgtd.md list them.
+enum class Exit : int { ok = 0, failure = 1, usage = 2, already_running = 3 };
+
+enum class SourceKind { firmware, trace };
+
+struct Options {
+    SourceKind source = SourceKind::firmware;
+    std::string trace_file;
+    Rhythm rhythm;
+    std::uint32_t redundancy_mode = 0;
+    std::string replay_file;  // empty: no replay
+    std::string until = "now";
+    std::optional<std::int64_t> until_s;  // nothing: now
+    bool then_run = false;
+    bool verbose = false;
+};
+
+// What a command line comes to: options to run with, or a text to print and the exit code to end
+// with.
+struct Parsed {
+    std::optional<Options> options;
+    Exit exit = Exit::ok;
+    std::string text;
+};
+
+Parsed parse_options(int argc, const char* const* argv);
+
+}  // namespace pwrmgt::pwrmgtd

@@ -1,0 +1,46 @@
+// SPDX-License-Identifier: Apache-2.0
+// One moment's readings of the machine, whatever source they come from; an empty value is a missing
+// reading.
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+
+#include "vekdb_pwrmgt.h"
+
+namespace pwrmgt::pwrmgtd {
+
+using Watts = std::optional<std::uint16_t>;
+using Percent = std::optional<std::uint8_t>;
+
+// Supplies that a row of the main history has room for.
+inline constexpr std::size_t kMainSupplies = 4;
+
+struct SupplyReading {
+    Watts ac_w;
+    Watts dc_w;
+};
+
+struct Reading {
+    Watts sys_ac_w;
+    Watts sys_dc_w;
+    Watts cpu_w;
+    Watts mem_w;
+    std::array<SupplyReading, kMainSupplies> supplies;  // place 0 is supply 1
+    Percent sys_pct;
+    Percent cpu_pct;
+    Percent mem_pct;
+    Percent io_pct;
+};
+
+inline std::uint16_t stored(const Watts& watts) {
+    return watts.value_or(static_cast<std::uint16_t>(PWRMGT_NO_POWER));
+}
+
+inline std::uint8_t stored(const Percent& percent) {
+    return percent.value_or(static_cast<std::uint8_t>(PWRMGT_NO_PERCENT));
+}
+
+}  // namespace pwrmgt::pwrmgtd

@@ -1,0 +1,133 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "schedule.h"
+
+#include <algorithm>
+#include <cstddef>
+#include <string>
+
+#include "time_text.h"
+
+namespace pwrmgt::pwrmgtd {
+
+Schedule::Schedule(const Station& station, Rhythm rhythm) : station_(station), rhythm_(rhythm) {}
+
+bool Schedule::run() {
+    if (!station_.tables.read_newest(newest_s_)) return false;
+    std::int64_t wake_s = station_.clock.now();
+    while (station_.clock.wait_until(wake_s) == Wake::time) {
+        const std::int64_t now_s = station_.clock.now();
+        tick(now_s);
+        const std::int64_t next_sample_s =
+            (now_s / rhythm_.sample_interval_s + 1) * rhythm_.sample_interval_s;
+        wake_s = std::min(next_sample_s, slot_start(now_s) + kSlot_s);
+    }
+    const std::int64_t end_s = station_.clock.now();
+    enter_slot(end_s);
+    write_queued(end_s);
+    return save(end_s) && queued_.empty();
+}
+
+// A late wake-up is an ordinary one: everything follows from the time it is now.
+void Schedule::tick(std::int64_t now_s) {
+    if (enter_slot(now_s) && !queued_.empty()) {
+        write_queued(now_s);
+        station_.tables.trim(now_s);
+        if (unsaved_slots() >= rhythm_.persist_slots) save(now_s);
+    }
+    const std::int64_t sample = now_s / rhythm_.sample_interval_s;
+    if (last_sample_ == sample) return;
+    last_sample_ = sample;
+    take_reading(now_s);
+}
+
+// True when `now_s` has just begun a slot. Without an open slot afterwards nothing can be recorded
+// now.
+bool Schedule::enter_slot(std::int64_t now_s) {
+    const std::int64_t slot_s = slot_start(now_s);
+    if (open_s_ == slot_s) return false;
+    station_.log.state("clock", is_recordable(now_s)
+                                    ? ""
+                                    : time_text(now_s) + " cannot be right; recording waits");
+    if (!is_recordable(now_s) || is_behind(now_s)) {
+        open_s_.reset();
+        readings_ = {};
+        return false;
+    }
+    queue_slots_before(slot_s, now_s);
+    open_s_ = slot_s;
+    readings_ = {};
+    return true;
+}
+
+bool Schedule::is_behind(std::int64_t now_s) {
+    if (newest_s_ && *newest_s_ - now_s > kDay_s && station_.tables.trim(now_s)) start_over(now_s);
+    const bool behind = newest_s_ && slot_start(now_s) <= *newest_s_;
+    station_.log.state("slots", behind ? "the slot of " + time_text(*newest_s_) +
+                                             " is recorded already; recording waits for its end"
+                                       : "");
+    return behind;
+}
+
+// A clock that went back by more than a day was wrong before: no query would see what is stamped so
+// far ahead, and waiting for that time to come could take years.
+void Schedule::start_over(std::int64_t now_s) {
+    std::optional<std::int64_t> newest_s;
+    if (!station_.tables.read_newest(newest_s)) return;
+    station_.log.warning("the clock went back from " + time_text(*newest_s_) + " to " +
+                         time_text(now_s) + ": rows from then on are dropped");
+    queued_.clear();
+    first_unsaved_s_.reset();
+    newest_s_ = newest_s;
+}
+
+// The open slot and those that passed without a reading, at most those that a trim would leave.
+void Schedule::queue_slots_before(std::int64_t slot_s, std::int64_t now_s) {
+    const SlotReadings none;
+    std::int64_t missed = 0;
+    // A row that another program stamped may be off the grid.
+    std::int64_t stamp_s = newest_s_ ? slot_start(*newest_s_) + kSlot_s : open_s_.value_or(slot_s);
+    stamp_s = std::max(stamp_s, oldest_kept(now_s));
+    for (; stamp_s < slot_s; stamp_s += kSlot_s) {
+        const bool has_readings = open_s_ == stamp_s;
+        queued_.push_back({stamp_s, (has_readings ? readings_ : none).sample()});
+        newest_s_ = stamp_s;
+        if (!has_readings) ++missed;
+    }
+    if (missed > 0) {
+        station_.log.notice(std::to_string(missed) + " missed slots before " + time_text(slot_s) +
+                            " recorded as empty");
+    }
+}
+
+void Schedule::write_queued(std::int64_t now_s) {
+    std::erase_if(queued_, [&](const Row& row) { return row.stamp_s < oldest_kept(now_s); });
+    if (queued_.empty()) return;
+    const std::size_t written = station_.tables.append(queued_);
+    if (written == 0) return;
+    if (!first_unsaved_s_) first_unsaved_s_ = queued_.front().stamp_s;
+    last_written_s_ = queued_[written - 1].stamp_s;
+    queued_.erase(queued_.begin(), queued_.begin() + static_cast<std::ptrdiff_t>(written));
+    station_.log.detail("recorded up to the slot of " + time_text(last_written_s_) + ", " +
+                        std::to_string(unsaved_slots()) + " not saved yet");
+}
+
+bool Schedule::save(std::int64_t now_s) {
+    if (!first_unsaved_s_) return true;
+    const std::int64_t first_s =
+        std::max({*first_unsaved_s_, oldest_kept(now_s), last_written_s_ - kDay_s + kSlot_s});
+    if (first_s <= last_written_s_ && !station_.tables.save(first_s, last_written_s_)) return false;
+    first_unsaved_s_.reset();
+    return true;
+}
+
+std::int64_t Schedule::unsaved_slots() const {
+    return first_unsaved_s_ ? (last_written_s_ - *first_unsaved_s_) / kSlot_s + 1 : 0;
+}
+
+void Schedule::take_reading(std::int64_t now_s) {
+    const Reading reading = station_.source.read(now_s);
+    station_.tables.show(reading, now_s);
+    if (open_s_) readings_.add(reading);
+}
+
+}  // namespace pwrmgt::pwrmgtd

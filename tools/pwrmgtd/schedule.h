@@ -1,0 +1,72 @@
+// SPDX-License-Identifier: Apache-2.0
+// What happens when: a reading every sample interval, a row per 30-second slot, a save every few
+// slots, and how the history goes on after missed slots, a clock that was set, and writes that
+// failed.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <vector>
+
+#include "clock.h"
+#include "log.h"
+#include "slot.h"
+#include "source.h"
+#include "tables.h"
+
+namespace pwrmgt::pwrmgtd {
+
+struct Rhythm {
+    std::int64_t sample_interval_s = 1;  // 1..30
+    std::int64_t persist_slots = 10;     // 1..2880
+};
+
+struct Station {
+    Clock& clock;
+    Source& source;
+    Tables& tables;
+    Log& log;
+};
+
+// Times that the tables can hold and trim. The clock of a controller without a battery starts at
+// the epoch; trimming by it would cost the whole history.
+constexpr bool is_recordable(std::int64_t now_s) {
+    return now_s > kDay_s && now_s <= INT32_MAX;
+}
+
+class Schedule {
+public:
+    // The tables have been started and hold what was saved.
+    Schedule(const Station& station, Rhythm rhythm);
+
+    // Until the clock says stop; what is not saved yet is saved then. False when that failed.
+    bool run();
+
+private:
+    void tick(std::int64_t now_s);
+    bool enter_slot(std::int64_t now_s);
+    bool is_behind(std::int64_t now_s);
+    void start_over(std::int64_t now_s);
+    void queue_slots_before(std::int64_t slot_s, std::int64_t now_s);
+    void write_queued(std::int64_t now_s);
+    bool save(std::int64_t now_s);
+    std::int64_t unsaved_slots() const;
+    void take_reading(std::int64_t now_s);
+
+    Station station_;
+    Rhythm rhythm_;
+
+    // The open slot: readings that do not make a row yet.
+    std::optional<std::int64_t> open_s_;
+    SlotReadings readings_;
+
+    // Rows on their way. A stamp is given out once: `newest_s_` is the last one queued or stored.
+    std::vector<Row> queued_;
+    std::optional<std::int64_t> newest_s_;
+    std::optional<std::int64_t> first_unsaved_s_;
+    std::int64_t last_written_s_ = 0;
+
+    std::optional<std::int64_t> last_sample_;  // number of the interval of the last reading
+};
+
+}  // namespace pwrmgt::pwrmgtd

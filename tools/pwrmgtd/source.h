@@ -1,0 +1,60 @@
+// SPDX-License-Identifier: Apache-2.0
+// Where readings come from.
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <utility>
+
+#include "log.h"
+#include "measured_trace.h"
+#include "reading.h"
+
+namespace pwrmgt::pwrmgtd {
+
+class Source {
+public:
+    Source() = default;
+    virtual ~Source() = default;
+    Source(const Source&) = delete;
+    Source& operator=(const Source&) = delete;
+
+    // The readings of second `now_s`; all missing when the source has none.
+    virtual Reading read(std::int64_t now_s) = 0;
+
+    // What it is, in words.
+    virtual std::string name() const = 0;
+};
+
+// A row of a measured trace; none is a moment without readings.
+Reading reading_of(const trace::Reading* row);
+
+// A trace file that plays over and over in wall-clock time.
+class TraceSource final : public Source {
+public:
+    TraceSource(trace::Trace trace, std::string path)
+        : trace_(std::move(trace)), path_(std::move(path)) {}
+
+    Reading read(std::int64_t now_s) override;
+    std::string name() const override;
+
+private:
+    trace::Trace trace_;
+    std::string path_;
+};
+
+// The platform firmware, asked over IPMI. It tells of the system, processors and memory, not of
+// single supplies.
+class FirmwareSource final : public Source {
+public:
+    explicit FirmwareSource(Log& log) : log_(log) {}
+
+    Reading read(std::int64_t now_s) override;
+    std::string name() const override { return "the firmware"; }
+
+private:
+    Log& log_;
+};
+
+}  // namespace pwrmgt::pwrmgtd

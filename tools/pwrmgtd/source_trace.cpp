@@ -1,0 +1,31 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "source.h"
+
+namespace pwrmgt::pwrmgtd {
+
+Reading reading_of(const trace::Reading* row) {
+    if (row == nullptr) return {};
+    Reading reading;
+    reading.sys_ac_w = row->system_ac_w;
+    reading.sys_dc_w = row->system_dc_w;
+    reading.cpu_w = row->cpu_w;
+    reading.mem_w = row->mem_w;
+    for (std::size_t i = 0; i < kMainSupplies; ++i) {
+        reading.supplies[i] = {row->supplies[i].ac_in_w, row->supplies[i].dc_out_w};
+    }
+    reading.sys_pct = row->sys_pct;
+    reading.cpu_pct = row->cpu_pct;
+    reading.mem_pct = row->mem_pct;
+    reading.io_pct = row->io_pct;
+    return reading;
+}
+
+Reading TraceSource::read(std::int64_t now_s) {
+    return reading_of(trace_.reading_at(trace_.live_second(now_s)));
+}
+
+std::string TraceSource::name() const {
+    return "trace " + path_;
+}
+
+}  // namespace pwrmgt::pwrmgtd

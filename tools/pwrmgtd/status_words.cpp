@@ -1,0 +1,59 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "status_words.h"
+
+#include <algorithm>
+#include <array>
+
+namespace pwrmgt::pwrmgtd {
+namespace {
+
+struct Meaning {
+    std::string_view function;
+    std::uint32_t status;
+    std::string_view words;
+};
+
+// clang-format off
+constexpr std::array<Meaning, 22> kMeanings{{
+    {"pwrmgt_init_hist_table",          1,  "no database connection"},
+    {"pwrmgt_init_hist_table",          6,  "old rows could not be trimmed, or the working table not emptied"},
+    {"pwrmgt_init_hist_table",          4,  "the saved history could not be copied to the working table"},
+    {"pwrmgt_init_hist_table",          3,  "the working table could not be queried"},
+    {"pwrmgt_init_power_policy_table",  3,  "the policy row could not be queried"},
+    {"pwrmgt_init_power_policy_table",  7,  "no memory for the policy row"},
+    {"pwrmgt_init_power_policy_table",  4,  "the policy row could not be inserted"},
+    {"pwrmgt_update_realtime_table",    3,  "the real-time row could not be queried"},
+    {"pwrmgt_update_realtime_table",    31, "the real-time table holds more than one row"},
+    {"pwrmgt_update_realtime_table",    4,  "the real-time row could not be inserted"},
+    {"pwrmgt_update_realtime_table",    5,  "the real-time row could not be updated"},
+    {"pwrmgt_update_hist_table",        1,  "no database connection, or a time outside 32 bits"},
+    {"pwrmgt_update_hist_table",        7,  "no memory for the row"},
+    {"pwrmgt_cleanup_hist_mem_table",   1,  "no database connection"},
+    {"pwrmgt_cleanup_hist_mem_table",   6,  "old rows could not be trimmed"},
+    {"pwrmgt_update_hist_persist_db",   3,  "bad slots"},
+    {"pwrmgt_get_realtime_powers",      10, "the platform does not offer live readings"},
+    {"pwrmgt_get_realtime_powers",      31, "the firmware did not answer, refused, or answered with another length"},
+    {"pwrmgt_get_db_handle",            1,  "the database did not open"},
+    {"saved rows",                      1,  "not every slot arrived in the persistent table"},
+    {"saved rows",                      3,  "the tables could not be compared"},
+    {"newest row",                      3,  "the history table could not be queried"},
+}};
+// clang-format on
+
+}  // namespace
+
+std::string status_words(std::string_view function, std::uint32_t status) {
+    const auto known = std::find_if(kMeanings.begin(), kMeanings.end(), [&](const Meaning& row) {
+        return row.function == function && row.status == status;
+    });
+    // The history writer and the save hand on the database client's own results.
+    const std::string_view words = known != kMeanings.end() ? known->words : "the database refused";
+    return std::to_string(status) + ", " + std::string(words);
+}
+
+bool note_status(Log& log, std::string_view function, std::uint32_t status) {
+    log.state(function, status == 0 ? std::string() : "status " + status_words(function, status));
+    return status == 0;
+}
+
+}  // namespace pwrmgt::pwrmgtd

@@ -1,0 +1,167 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "tables.h"
+
+#include <algorithm>
+#include <array>
+#include <string>
+
+#include "status_words.h"
+#include "vekdb_client.h"
+
+namespace pwrmgt::pwrmgtd {
+namespace {
+
+constexpr int kRowReady = 9;
+
+// A result of the database client, handed back in the end.
+class Rows {
+public:
+    Rows() = default;
+    ~Rows() {
+        if (handle_ != 0) vek_db_free_result(handle_);
+    }
+    Rows(const Rows&) = delete;
+    Rows& operator=(const Rows&) = delete;
+
+    // The stamps in `table`; false when there is no result.
+    bool select_stamps(std::uint32_t connection, const char* table, const char* where, int limit,
+                       const char* order) {
+        static constexpr std::array kColumns{"Timestamp"};
+        return vek_db_query(connection, table, kColumns.data(), 1, where, limit, 0, order,
+                            &handle_) == 0 &&
+               handle_ != 0;
+    }
+
+    int count() const { return vek_db_result_row_count(handle_); }
+
+    std::optional<std::int64_t> next_stamp() {
+        std::uint32_t stamp_s = 0;
+        if (vek_db_result_step(handle_) != kRowReady) return std::nullopt;
+        if (vek_db_result_column_uint(handle_, 0, &stamp_s) != 0) return std::nullopt;
+        return stamp_s;
+    }
+
+private:
+    std::uint32_t handle_ = 0;
+};
+
+std::string within(std::int64_t first_s, std::int64_t last_s) {
+    return "Timestamp>=" + std::to_string(first_s) + " AND Timestamp<=" + std::to_string(last_s);
+}
+
+}  // namespace
+
+DatabaseTables::DatabaseTables(Log& log) : log_(log) {}
+
+DatabaseTables::~DatabaseTables() {
+    if (connection_ != 0) vek_db_close(connection_);
+}
+
+bool DatabaseTables::open() {
+    if (connection_ == 0) connection_ = pwrmgt_get_db_handle();
+    return note_status(log_, "pwrmgt_get_db_handle", connection_ == 0 ? 1 : 0);
+}
+
+bool DatabaseTables::show(const Reading& reading, std::int64_t now_s) {
+    pwrmgt_realtime_pwr_t row{};
+    row.sys_ac_w = stored(reading.sys_ac_w);
+    row.sys_dc_w = stored(reading.sys_dc_w);
+    row.cpu_dc_w = stored(reading.cpu_w);
+    row.mem_dc_w = stored(reading.mem_w);
+    row.sys_pct = stored(reading.sys_pct);
+    row.cpu_pct = stored(reading.cpu_pct);
+    row.mem_pct = stored(reading.mem_pct);
+    row.io_pct = stored(reading.io_pct);
+    return note_status(
+        log_, "pwrmgt_update_realtime_table",
+        pwrmgt_update_realtime_table(connection_, row, static_cast<std::uint32_t>(now_s)));
+}
+
+std::size_t DatabaseTables::append(std::span<const Row> rows) {
+    // One transaction where the database has them: a day of missed slots is one write, not 2880.
+    const bool together = rows.size() > 1 && statement("BEGIN");
+    std::size_t done = 0;
+    for (const Row& row : rows) {
+        const auto stamp_s = static_cast<std::int32_t>(row.stamp_s);
+        const std::uint32_t status =
+            pwrmgt_update_hist_table(connection_, slot_number(row.stamp_s), stamp_s, row.sample);
+        if (!note_status(log_, "pwrmgt_update_hist_table", status)) break;
+        ++done;
+    }
+    if (!together) return done;
+    const bool kept = statement("COMMIT");
+    log_.state("storing several slots", kept ? "" : "the transaction did not end well");
+    if (!kept) statement("ROLLBACK");
+    return kept ? done : 0;
+}
+
+bool DatabaseTables::trim(std::int64_t now_s) {
+    return note_status(
+        log_, "pwrmgt_cleanup_hist_mem_table",
+        pwrmgt_cleanup_hist_mem_table(connection_, static_cast<std::int32_t>(now_s)));
+}
+
+bool DatabaseTables::save(std::int64_t first_s, std::int64_t last_s) {
+    const std::int64_t slots = (last_s - first_s) / kSlot_s + 1;
+    // All slots or none, and one write to the flash instead of one per statement.
+    const bool together = statement("BEGIN");
+    const std::uint32_t status = pwrmgt_update_hist_persist_db(connection_, slot_number(first_s),
+                                                               static_cast<std::uint32_t>(slots));
+    bool saved = note_status(log_, "pwrmgt_update_hist_persist_db", status);
+    if (together && !statement("COMMIT")) {
+        statement("ROLLBACK");
+        saved = false;
+    }
+    // The status tells of the last slot only.
+    const std::string range = within(first_s, last_s);
+    const int wanted = count(kWorkingHistory, range);
+    const int there = count(kPersistentHistory, range);
+    const bool readable = wanted >= 0 && there >= 0;
+    const bool complete = note_status(log_, "saved rows", !readable ? 3 : there >= wanted ? 0 : 1);
+    return saved && complete;
+}
+
+bool DatabaseTables::read_newest(std::optional<std::int64_t>& stamp_s) {
+    const std::optional<Extent> history = extent(kWorkingHistory);
+    if (!note_status(log_, "newest row", history ? 0 : 3)) return false;
+    stamp_s.reset();
+    if (history->rows > 0) stamp_s = history->newest_s;
+    return true;
+}
+
+bool DatabaseTables::remove_from(std::int64_t first_s) {
+    const std::string filter = "Timestamp>=" + std::to_string(first_s);
+    const int working = vek_db_delete(connection_, kWorkingHistory, filter.c_str());
+    const int persistent = vek_db_delete(connection_, kPersistentHistory, filter.c_str());
+    log_.state("removing replaced rows", working == 0 && persistent == 0 ? "" : "refused");
+    return working == 0 && persistent == 0;
+}
+
+std::optional<DatabaseTables::Extent> DatabaseTables::extent(const char* table) {
+    Rows rows;
+    if (!rows.select_stamps(connection_, table, nullptr, 0, "Timestamp DESC")) return std::nullopt;
+    Extent found;
+    found.rows = rows.count();
+    if (found.rows < 0) return std::nullopt;
+    const std::optional<std::int64_t> first = rows.next_stamp();
+    if (!first) return found.rows == 0 ? std::optional(found) : std::nullopt;
+    found.newest_s = found.oldest_s = *first;
+    while (const std::optional<std::int64_t> stamp = rows.next_stamp()) {
+        found.oldest_s = *stamp;
+    }
+    return found;
+}
+
+int DatabaseTables::count(const char* table, const std::string& filter) {
+    Rows rows;
+    if (!rows.select_stamps(connection_, table, filter.c_str(), 0, nullptr)) return -1;
+    return rows.count();
+}
+
+bool DatabaseTables::statement(const char* sql) {
+    const std::string_view text(sql);
+    return vek_db_raw_query(connection_, sql, static_cast<std::uint32_t>(text.size()), nullptr) ==
+           0;
+}
+
+}  // namespace pwrmgt::pwrmgtd

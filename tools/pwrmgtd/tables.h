@@ -1,0 +1,84 @@
+// SPDX-License-Identifier: Apache-2.0
+// The tables as the schedule and the replay see them, and the real ones: the library's writers on a
+// connection of the daemon's own.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <span>
+#include <string>
+
+#include "log.h"
+#include "reading.h"
+#include "slot.h"
+
+namespace pwrmgt::pwrmgtd {
+
+class Tables {
+public:
+    Tables() = default;
+    virtual ~Tables() = default;
+    Tables(const Tables&) = delete;
+    Tables& operator=(const Tables&) = delete;
+
+    // Makes `reading` the real-time row.
+    virtual bool show(const Reading& reading, std::int64_t now_s) = 0;
+
+    // Appends rows to the working history, in order, up to the first that fails. Returns how many
+    // are in.
+    virtual std::size_t append(std::span<const Row> rows) = 0;
+
+    // Drops what is older than a day, or not before `now_s`.
+    virtual bool trim(std::int64_t now_s) = 0;
+
+    // Copies the slots from `first_s` to `last_s` to the persistent history, at most a day of them;
+    // true when all of them are there.
+    virtual bool save(std::int64_t first_s, std::int64_t last_s) = 0;
+
+    // The newest stamp of the working history, nothing when that is empty. False when it cannot be
+    // read.
+    virtual bool read_newest(std::optional<std::int64_t>& stamp_s) = 0;
+};
+
+class DatabaseTables final : public Tables {
+public:
+    explicit DatabaseTables(Log& log);
+    ~DatabaseTables() override;
+
+    // False when the database cannot be opened.
+    bool open();
+    std::uint32_t connection() const { return connection_; }
+
+    bool show(const Reading& reading, std::int64_t now_s) override;
+    std::size_t append(std::span<const Row> rows) override;
+    bool trim(std::int64_t now_s) override;
+    bool save(std::int64_t first_s, std::int64_t last_s) override;
+    bool read_newest(std::optional<std::int64_t>& stamp_s) override;
+
+    // Deletes the rows stamped `first_s` or later, working and persistent.
+    bool remove_from(std::int64_t first_s);
+
+    // Stamps of the rows at either end of a table, and their number. Nothing when the table cannot
+    // be read.
+    struct Extent {
+        int rows = 0;
+        std::int64_t oldest_s = 0;
+        std::int64_t newest_s = 0;
+    };
+    std::optional<Extent> extent(const char* table);
+
+    // Rows that pass a filter, -1 when the table cannot be read.
+    int count(const char* table, const std::string& filter);
+
+private:
+    bool statement(const char* sql);
+
+    Log& log_;
+    std::uint32_t connection_ = 0;
+};
+
+inline constexpr const char* kWorkingHistory = "HistPowers24HrMem";
+inline constexpr const char* kPersistentHistory = "HistPowers24Hr";
+
+}  // namespace pwrmgt::pwrmgtd
