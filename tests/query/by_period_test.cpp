@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 // The three queries by period: their checks in order, their calls, and every status.
-#include <functional>
-
 #include "builders.h"
 #include "platform_test.h"
+
+#include <functional>
 
 using namespace pwrmgt::test;
 

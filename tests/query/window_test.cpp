@@ -2,6 +2,8 @@
 // Period arithmetic and the texts of the windows.
 #include "platform_test.h"
 
+#include <algorithm>
+
 using namespace pwrmgt::test;
 
 namespace {
