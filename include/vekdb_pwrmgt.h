@@ -273,6 +273,51 @@ typedef struct pwrmgt_cpu_pcap_t {
     uint16_t cap_w[8]; /**< caps of sockets 1 to 8, watts */
 } pwrmgt_cpu_pcap_t;
 
+/** One temperature reading. 4 bytes. */
+typedef struct thermal_hist_entry_t {
+    uint8_t type;     /**< `Type`: 1 = ambient, 2 = processor, 3 = memory module, 4 = exhaust */
+    uint8_t instance; /**< `InstNum`: 1-based within its type */
+    int16_t value;    /**< `Value`: degrees Celsius */
+} thermal_hist_entry_t;
+
+/**
+ * Readings of one time. The head of a longer record: `count` entries follow one
+ * another from byte 6 on. 12 bytes; two bytes of alignment at the end.
+ */
+typedef struct thermal_hist_update_t {
+    uint32_t timestamp;              /**< time of the readings, seconds; 0 is invalid */
+    uint16_t count;                  /**< number of entries; 0 is invalid */
+    thermal_hist_entry_t entries[1]; /**< the first of `count` entries */
+} thermal_hist_update_t;
+
+/** Temperatures of one sensor group in one index, degrees Celsius; -1 = no reading. 6 bytes. */
+typedef struct pwrmgt_therm_triple_t {
+    int16_t max; /**< highest reading */
+    int16_t avg; /**< mean; its sum is kept in 16 bits */
+    int16_t min; /**< lowest reading */
+} pwrmgt_therm_triple_t;
+
+/**
+ * One index of a thermal history. 128 bytes; two bytes of alignment follow `index`.
+ * What was not written reads as 0xFF bytes.
+ */
+typedef struct pwrmgt_therm_sample_t {
+    uint16_t index;                   /**< index number + 1; 65535 = never reached */
+    uint32_t tm;                      /**< end of the index, seconds; 4294967295 = not set */
+    pwrmgt_therm_triple_t cpu[8];     /**< processors 1 to 8 */
+    pwrmgt_therm_triple_t memory[8];  /**< memory modules of sockets 1 to 8 */
+    pwrmgt_therm_triple_t ambient[2]; /**< inlet sensors 1 and 2 */
+    pwrmgt_therm_triple_t exhaust[2]; /**< exhaust sensors 1 and 2 */
+} pwrmgt_therm_sample_t;
+
+/** The latest temperatures, degrees Celsius. 296 bytes. Only sensors with a row are written. */
+typedef struct pwrmgt_therm_realtime_t {
+    uint8_t lead[8];     /**< never written by the library */
+    int16_t cpu[8];      /**< processors 1 to 8 */
+    int16_t memory[128]; /**< memory modules 1 to 128 */
+    int16_t ambient[8];  /**< inlet sensors 1 to 8 */
+} pwrmgt_therm_realtime_t;
+
 /* ------------------------------------------------------------------------
  * Globals
  * ------------------------------------------------------------------------ */
@@ -1474,6 +1519,171 @@ PWRMGT_API uint32_t pwrmgt_get_sys_avail_power(uint32_t* avail);
  */
 PWRMGT_API uint32_t pwrmgt_get_power_capping_ranges(int32_t domain, uint16_t* soft, uint16_t* max,
                                                     uint16_t* min);
+
+/* ------------------------------------------------------------------------
+ * Thermal history: writers and periods
+ *
+ * `db` is an open connection of the caller's; none of these tests it. The current
+ * time is read with time().
+ * ------------------------------------------------------------------------ */
+
+/**
+ * Prepares the thermal tables at daemon start: trims `HistThermal24Hr`, empties
+ * `HistThermal24HrMem` and fills it from there, empties `RealTimeThermalMem`.
+ *
+ * @param db  open connection
+ * @retval 0  done
+ * @retval 6  the trim or a truncate failed
+ * @retval 4  the copy failed
+ *
+ * Only rows older than 24 hours are trimmed; rows of the future stay.
+ */
+PWRMGT_API uint32_t thermal_init_thermal_hist_table(uint32_t db);
+
+/**
+ * Appends readings of one time to `HistThermal24HrMem`, a row each.
+ *
+ * @param db      open connection
+ * @param record  `count` readings and their time
+ * @retval 0   the inserts were tried; one that failed is not told and stops nothing
+ * @retval 31  `record` is null, or its count or time is 0; nothing is written
+ * @retval 7   no content could be made
+ */
+PWRMGT_API uint32_t thermal_update_thermal_hist_table(uint32_t db,
+                                                      const thermal_hist_update_t* record);
+
+/**
+ * Copies working rows newer than the newest saved one into `HistThermal24Hr`.
+ *
+ * @param db  open connection
+ * @retval 0  done
+ * @retval 6  the saved rows could not be selected
+ * @retval 4  the copy failed
+ */
+PWRMGT_API uint32_t thermal_save_hist_mem_table(uint32_t db);
+
+/**
+ * Trims `HistThermal24HrMem`, then `HistThermal24Hr`, to the last 24 hours.
+ *
+ * @param db  open connection
+ * @retval 0  done, or the clock reads below 86401
+ * @retval 6  a delete failed; the second table is then not tried
+ *
+ * A row stamped with the current time stays.
+ */
+PWRMGT_API uint32_t thermal_cleanup_hist_mem_table(uint32_t db);
+
+/** Indexes of a thermal query that names none: 60. */
+PWRMGT_API int32_t thermal_get_default_total_count(void);
+
+/**
+ * Seconds that an index covers.
+ *
+ * @param period  period code
+ * @param count   number of indexes
+ * @return the period divided by `count`, cut toward zero; 0 when `count` is 0 or
+ *         `period` outside 0..3
+ */
+PWRMGT_API int32_t thermal_get_secs_per_index(int32_t period, int32_t count);
+
+/** Seconds of a period; 0 for a code above 3. */
+PWRMGT_API uint32_t thermal_get_secs_per_period(uint32_t period);
+
+/* ------------------------------------------------------------------------
+ * Thermal history: queries
+ *
+ * A query fills a grid of indexes; an index holds, for each sensor group, what was
+ * read after the index before and up to its own time. Instances outside the
+ * arrays are skipped. The number of memory modules per socket is the byte property
+ * "/dc/tavn/dm/planar/dimm_per_socket", 16 when it is unreadable or 0. Each query
+ * opens and closes its own connection and traces its steps on standard output.
+ * ------------------------------------------------------------------------ */
+
+/**
+ * Temperatures over a past period, oldest index first. From `HistThermal24HrMem`.
+ *
+ * @param period   0 = last hour, 1 = 6 h, 2 = 12 h, 3 = 24 h; above 3 nothing is
+ *                 folded
+ * @param samples  [out] caller's array of `*count` records (60 when `*count` is 0)
+ * @param count    [in,out] indexes wanted, 0..1440, for an hour 0..60; 0 = 60. On
+ *                 return the indexes reached by the ambient query, raised by the
+ *                 others; unchanged when nothing was recorded
+ * @retval 0   filled; where nothing was read the bytes are 0xFF
+ * @retval 1   `samples` is null
+ * @retval 10  `*count` above 1440, or above 60 for an hour
+ * @retval 2   the database did not open
+ * @retval 3   a query failed
+ * @retval 8   `*count` was 0 and nothing was recorded
+ *
+ * The first index ends one index's width after the start of the period, which is
+ * cut to a whole minute. A null `count` counts as 0.
+ */
+PWRMGT_API uint32_t pwrmgt_get_therm_hist(uint32_t period, pwrmgt_therm_sample_t* samples,
+                                          uint32_t* count);
+
+/**
+ * Temperatures over a span that the caller places, oldest index first.
+ *
+ * @param end                end of the span, seconds
+ * @param minutes            length of the span, at most 1440
+ * @param minutes_per_index  1..12
+ * @param samples            [out] caller's array of `minutes` / `minutes_per_index`
+ *                           records
+ * @param count              [out] indexes reached; 0 when nothing was recorded
+ * @retval 0   filled; where nothing was read the bytes are 0xFF
+ * @retval 1   `samples` is null
+ * @retval 11  `minutes_per_index` outside 1..12, or `minutes` above 1440
+ * @retval 2   the database did not open
+ * @retval 3   a query failed
+ * @retval 8   nothing was recorded, or the span holds no index
+ *
+ * Rows are taken up to the current time, not up to `end`: the last index closes
+ * with the first row at or after its time.
+ */
+PWRMGT_API uint32_t pwrmgt_get_therm_hist_by_timestamp(uint32_t end, int32_t minutes,
+                                                       int32_t minutes_per_index,
+                                                       pwrmgt_therm_sample_t* samples,
+                                                       uint32_t* count);
+
+/**
+ * The latest temperatures. From `RealTimeThermalMem`.
+ *
+ * @param out  [out] each sensor that has a row; the rest, and `lead`, untouched
+ * @retval 0  read, also without any row
+ * @retval 1  `out` is null
+ * @retval 2  the database did not open
+ * @retval 3  the query failed
+ */
+PWRMGT_API uint32_t pwrmgt_get_therm_realtime(pwrmgt_therm_realtime_t* out);
+
+/**
+ * Buckets the rows of an open result (`Timestamp`, `Type`, `InstNum`, `Value`,
+ * oldest first) into indexes.
+ *
+ * @param result   open result; stays the caller's
+ * @param step     seconds per index
+ * @param type     the kind of sensor asked for; rows go where their own type says
+ * @param count    [in,out] indexes in `samples`; on return the indexes reached,
+ *                 which is all of them
+ * @param samples  [in,out] the first one's `tm` is the first index's end
+ * @return 1, or 0 when `result` or `step` is 0
+ *
+ * A row before the index's time is added to the open bucket; one at that time is
+ * added and closes it; a later one first closes an open bucket, then passes empty
+ * indexes. What is open after the last row is closed into its index.
+ */
+PWRMGT_API uint32_t thermal_get_samples(uint32_t result, int32_t step, int32_t type,
+                                        uint32_t* count, pwrmgt_therm_sample_t* samples);
+
+/**
+ * Stores the rows of an open result (`Timestamp`, `Type`, `InstNum`, `Value`) as the
+ * latest temperatures. Exhaust rows are skipped.
+ *
+ * @param result  open result; stays the caller's
+ * @param out     [out] each processor, memory module and inlet sensor with a row
+ * @return 1, or 0 when `result` is 0
+ */
+PWRMGT_API uint32_t thermal_get_realtime_data(uint32_t result, pwrmgt_therm_realtime_t* out);
 
 #ifdef __cplusplus
 }

@@ -10,7 +10,7 @@
 namespace pwrmgt::db {
 
 // What happens to rows stamped late.
-enum class UpperBound { from_now, after_now };
+enum class UpperBound { from_now, after_now, none };
 
 struct Prune {
     const char* table;
@@ -27,6 +27,13 @@ inline constexpr Prune kExtraPersistent{kHistExtraPowers.persistent, kDaySeconds
 
 // Kept: a row stamped exactly `now` stays in the processor table. [ProcessorRowStampedNowStays]
 inline constexpr Prune kCpuWorking{kHistCpuPowers, 600, UpperBound::after_now};
+
+// Kept: a row stamped exactly `now` stays in the thermal tables too, and at start only the lower
+// bound is trimmed. [ThermalRowStampedNowStays] [StartTrimsTheLowerBoundOnly]
+inline constexpr Prune kThermalWorking{kHistThermal.working, kDaySeconds, UpperBound::after_now};
+inline constexpr Prune kThermalPersistent{kHistThermal.persistent, kDaySeconds,
+                                          UpperBound::after_now};
+inline constexpr Prune kThermalAtStart{kHistThermal.persistent, kDaySeconds, UpperBound::none};
 
 // True when `now` lies far enough after the epoch for the lower bound to be a time.
 constexpr bool day_has_passed(int32_t now) {

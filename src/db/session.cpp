@@ -34,9 +34,9 @@ int copy_all(uint32_t db, const char* to, const char* from) {
     return statement(db, Statement("INSERT INTO %s SELECT * FROM %s", to, from));
 }
 
-int copy_above(uint32_t db, const Twin& tables, int32_t last_saved) {
+int copy_above(uint32_t db, const Twin& tables, const char* column, int32_t last) {
     return statement(db, Statement("INSERT INTO %s SELECT * FROM %s where %s>%d", tables.persistent,
-                                   tables.working, kId, last_saved));
+                                   tables.working, column, last));
 }
 
 int32_t now() {

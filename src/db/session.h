@@ -34,7 +34,7 @@ int statement(uint32_t db, const Statement& text, Result& rows);
 // Statements on a working table and its twin; each is the client's own result.
 int truncate(uint32_t db, const char* table);
 int copy_all(uint32_t db, const char* to, const char* from);
-int copy_above(uint32_t db, const Twin& tables, int32_t last_saved);
+int copy_above(uint32_t db, const Twin& tables, const char* column, int32_t last);
 
 // The wall clock in 32 bits; below 0 when it cannot be read.
 int32_t now();

@@ -18,6 +18,8 @@ inline constexpr const char* kPowerPolicy = "PowerPolicy";
 inline constexpr Twin kHistPowers{"HistPowers24HrMem", "HistPowers24Hr"};
 inline constexpr Twin kHistExtraPowers{"HistExtraPowers24HrMem", "HistExtraPowers24Hr"};
 
+inline constexpr Twin kHistThermal{"HistThermal24HrMem", "HistThermal24Hr"};
+inline constexpr const char* kRealTimeThermal = "RealTimeThermalMem";
 inline constexpr const char* kPsuProperty = "PsuPropertyMem";
 inline constexpr const char* kHistCpuPowers = "HistCpuPowersMem";
 

@@ -3,11 +3,10 @@
 #include <cstdint>
 
 #include "db/session.h"
-#include "history/twins.h"
+#include "db/twins.h"
 #include "vekdb_pwrmgt.h"
 
 using namespace pwrmgt::db;
-using namespace pwrmgt::history;
 
 namespace {
 
@@ -17,12 +16,13 @@ constexpr uint32_t kFirstExtraPsu = 5;
 
 extern "C" uint32_t pwrmgt_init_hist_extra_table(uint32_t db, int32_t now) {
     if (db == 0) return code(Status::null_argument);
-    const Status ready = ready_for_copy(db, kExtra, now);
+    const Status ready = ready_for_copy(db, kExtraHistory, now);
     if (ready != Status::ok) return code(ready);
 
     // Kept: the copy's own result goes back; the main history maps it to 4.
     // [CopyResultIsReturnedUnmapped]
-    return static_cast<uint32_t>(copy_all(db, kExtra.tables.working, kExtra.tables.persistent));
+    return static_cast<uint32_t>(
+        copy_all(db, kExtraHistory.tables.working, kExtraHistory.tables.persistent));
 }
 
 extern "C" uint32_t pwrmgt_update_hist_extra_table(uint32_t db, uint16_t id, int32_t timestamp,
@@ -39,16 +39,16 @@ extern "C" uint32_t pwrmgt_update_hist_extra_table(uint32_t db, uint16_t id, int
     }
     vek_db_content_put_short_uint(row.get(), kId, id);
     vek_db_content_put_uint(row.get(), kTimestamp, static_cast<uint32_t>(timestamp));
-    return static_cast<uint32_t>(vek_db_insert(db, kExtra.tables.working, row.get(), 0, 0));
+    return static_cast<uint32_t>(vek_db_insert(db, kExtraHistory.tables.working, row.get(), 0, 0));
 }
 
 extern "C" uint32_t pwrmgt_cleanup_extra_hist_mem_table(uint32_t db, int32_t now) {
     if (db == 0) return code(Status::null_argument);
-    return code(trim_both(db, kExtra, now));
+    return code(trim_both(db, kExtraHistory, now));
 }
 
 extern "C" uint32_t pwrmgt_save_extra_hist_mem_table(uint32_t db, int32_t last_saved) {
     // Kept: the last saved slot is the caller's, never looked up here. [LastSavedSlotIsTheCallers]
-    const int failed = copy_above(db, kExtra.tables, last_saved);
+    const int failed = copy_above(db, kExtraHistory.tables, kId, last_saved);
     return code(failed == 0 ? Status::ok : Status::copy_failed);
 }

@@ -3,11 +3,10 @@
 #include <cstdint>
 
 #include "db/session.h"
-#include "history/twins.h"
+#include "db/twins.h"
 #include "vekdb_pwrmgt.h"
 
 using namespace pwrmgt::db;
-using namespace pwrmgt::history;
 
 namespace {
 
@@ -32,7 +31,7 @@ int replace_slot(uint32_t db, int32_t slot) {
 extern "C" uint32_t pwrmgt_init_hist_table(uint32_t db, int32_t now, int32_t* last_id,
                                            int32_t* last_timestamp) {
     if (db == 0) return code(Status::null_argument);
-    const Status ready = ready_for_copy(db, kMain, now);
+    const Status ready = ready_for_copy(db, kMainHistory, now);
     if (ready != Status::ok) return code(ready);
     if (copy_all(db, kHistPowers.working, kHistPowers.persistent) != 0) {
         return code(Status::copy_failed);
@@ -55,27 +54,14 @@ extern "C" uint32_t pwrmgt_load_hist_bak_table(uint32_t db) {
 
 extern "C" uint32_t pwrmgt_cleanup_hist_mem_table(uint32_t db, int32_t now) {
     if (db == 0) return code(Status::null_argument);
-    return code(trim_both(db, kMain, now));
+    return code(trim_both(db, kMainHistory, now));
 }
 
 extern "C" uint32_t pwrmgt_save_hist_mem_table(uint32_t db, int32_t* last_saved) {
-    int32_t unwanted = 0;
-    int32_t& last = last_saved != nullptr ? *last_saved : unwanted;
-    last = 0;
-    {
-        Result rows;
-        const Statement highest_slot_first("SELECT * FROM %s order by %s DESC",
-                                           kHistPowers.persistent, kId);
-        if (statement(db, highest_slot_first, rows) != 0 || !rows) {
-            return code(Status::statement_failed);
-        }
-        if (vek_db_result_step(rows.get()) == kRowReady) {
-            vek_db_result_column_int(rows.get(), 0, &last);
-        }
-    }
     // Kept: slot 0 is not above 0, so an empty table never gets it.
     // [SlotZeroIsNotCopiedToAnEmptyTable]
-    return code(copy_above(db, kHistPowers, last) == 0 ? Status::ok : Status::copy_failed);
+    int32_t unwanted = 0;
+    return code(save_new_rows(db, kMainHistory, last_saved != nullptr ? *last_saved : unwanted));
 }
 
 extern "C" uint32_t pwrmgt_update_hist_persist_db(uint32_t db, int32_t first, uint32_t count) {

@@ -197,6 +197,35 @@ FIELD(pwrmgt_slot_dev_pwr_t, value, 4, 10);
 RECORD(pwrmgt_cpu_pcap_t, 18, 2);
 FIELD(pwrmgt_cpu_pcap_t, count, 0, 2);
 FIELD(pwrmgt_cpu_pcap_t, cap_w, 2, 16);
+
+RECORD(thermal_hist_entry_t, 4, 2);
+FIELD(thermal_hist_entry_t, type, 0, 1);
+FIELD(thermal_hist_entry_t, instance, 1, 1);
+FIELD(thermal_hist_entry_t, value, 2, 2);
+
+RECORD(thermal_hist_update_t, 12, 4);
+FIELD(thermal_hist_update_t, timestamp, 0, 4);
+FIELD(thermal_hist_update_t, count, 4, 2);
+FIELD(thermal_hist_update_t, entries, 6, 4);
+
+RECORD(pwrmgt_therm_triple_t, 6, 2);
+FIELD(pwrmgt_therm_triple_t, max, 0, 2);
+FIELD(pwrmgt_therm_triple_t, avg, 2, 2);
+FIELD(pwrmgt_therm_triple_t, min, 4, 2);
+
+RECORD(pwrmgt_therm_sample_t, 128, 4);
+FIELD(pwrmgt_therm_sample_t, index, 0, 2);
+FIELD(pwrmgt_therm_sample_t, tm, 4, 4);
+FIELD(pwrmgt_therm_sample_t, cpu, 8, 48);
+FIELD(pwrmgt_therm_sample_t, memory, 56, 48);
+FIELD(pwrmgt_therm_sample_t, ambient, 104, 12);
+FIELD(pwrmgt_therm_sample_t, exhaust, 116, 12);
+
+RECORD(pwrmgt_therm_realtime_t, 296, 2);
+FIELD(pwrmgt_therm_realtime_t, lead, 0, 8);
+FIELD(pwrmgt_therm_realtime_t, cpu, 8, 16);
+FIELD(pwrmgt_therm_realtime_t, memory, 24, 256);
+FIELD(pwrmgt_therm_realtime_t, ambient, 280, 16);
 /* clang-format on */
 
 #ifdef PWRMGT_WRONG_LAYOUT
