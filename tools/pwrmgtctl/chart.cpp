@@ -43,30 +43,47 @@ std::vector<Value> fold_columns(const std::vector<ChartPoint>& newest_first) {
     return columns;
 }
 
-// The smallest round number that is not below `highest`, always even, so that half of it is a label
-// too.
-uint32_t round_scale(uint32_t highest) {
-    constexpr std::array<uint32_t, 10> kMantissas{10, 12, 16, 20, 24, 30, 40, 50, 60, 80};
+// What the axis runs over: `low` at the bottom, `step` more with every row.
+struct Scale {
+    uint32_t low;
+    uint32_t step;
+
+    [[nodiscard]] uint32_t at_row(uint32_t row) const { return low + row * step; }
+};
+
+// Round steps that hold every value. Zero is the bottom unless all values lie in the upper half:
+// their differences would vanish, so the axis then starts a row below the lowest, and spans at
+// least a tenth of the highest.
+Scale round_scale(uint32_t lowest, uint32_t highest) {
+    constexpr std::array<uint32_t, 7> kMantissas{1, 2, 3, 4, 5, 6, 8};
+    const bool from_zero = lowest < highest / 2;
     for (uint32_t power = 1;; power *= 10) {
         for (const uint32_t mantissa : kMantissas) {
-            if (mantissa * power >= highest) return mantissa * power;
+            const uint32_t step = mantissa * power;
+            if (step * kRows * 10 < highest && !from_zero) continue;
+            const uint32_t low = from_zero || lowest < step ? 0 : (lowest - step) / step * step;
+            if (low + kRows * step >= highest) return {low, step};
         }
     }
 }
 
-std::string_view glyph(const Glyphs& glyphs, const Value& value, uint32_t scale, uint32_t row) {
+std::string_view glyph(const Glyphs& glyphs, const Value& value, const Scale& scale, uint32_t row) {
     if (!value) return glyphs.fill[0];
-    // A reading never vanishes: zero still stands as the lowest mark, apart from the blank of a
-    // gap.
-    const uint32_t height = std::max<uint32_t>(1, (*value * kRows * kSteps + scale / 2) / scale);
+    // A reading never vanishes: the bottom of the axis still has the lowest mark, apart from the
+    // blank of a gap.
+    const uint32_t height = std::max<uint32_t>(
+        1, ((*value - std::min(*value, scale.low)) * kSteps + scale.step / 2) / scale.step);
     const uint32_t below = row * kSteps;
     return glyphs.fill[height <= below ? 0 : std::min(kSteps, height - below)];
 }
 
-std::string label(uint32_t scale, uint32_t row, size_t width) {
-    std::string text;
-    if (row == kRows - 1) text = std::to_string(scale);
-    if (row == kRows / 2 - 1) text = std::to_string(scale / 2);
+// Rows that carry a number: the top and the middle; it belongs to the row's upper edge.
+bool labelled(uint32_t row) {
+    return row == kRows - 1 || row == kRows / 2 - 1;
+}
+
+std::string label(const Scale& scale, uint32_t row, size_t width) {
+    const std::string text = labelled(row) ? std::to_string(scale.at_row(row + 1)) : "";
     return std::string(width - text.size(), ' ') + text;
 }
 
@@ -99,21 +116,21 @@ std::string chart_text(const std::vector<ChartPoint>& newest_first, const ChartS
         lowest = std::min(lowest.value_or(*point.value), *point.value);
         highest = std::max(highest.value_or(*point.value), *point.value);
     }
-    const uint32_t scale = round_scale(highest.value_or(0));
-    const size_t width = std::to_string(scale).size();
+    const Scale scale = round_scale(lowest.value_or(0), highest.value_or(0));
+    const size_t width = std::to_string(scale.at_row(kRows)).size();
 
     std::string text;
     for (uint32_t row = kRows; row-- > 0;) {
-        const bool labelled = row == kRows - 1 || row == kRows / 2 - 1;
         std::string line = label(scale, row, width) + ' ';
-        line += labelled ? glyphs.tick : glyphs.wall;
+        line += labelled(row) ? glyphs.tick : glyphs.wall;
         for (const Value& value : columns) {
             line += glyph(glyphs, value, scale, row);
         }
         trim_end(line);
         text += line + '\n';
     }
-    text += std::string(width - 1, ' ') + "0 ";
+    const std::string bottom = std::to_string(scale.low);
+    text += std::string(width - bottom.size(), ' ') + bottom + ' ';
     text += glyphs.corner;
     for (size_t column = 0; column < columns.size(); ++column) {
         text += glyphs.floor;

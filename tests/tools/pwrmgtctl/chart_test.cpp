@@ -3,6 +3,8 @@
 
 #include <gtest/gtest.h>
 
+#include <sstream>
+
 namespace pwrmgt::pwrmgtctl {
 namespace {
 
@@ -26,7 +28,7 @@ std::string lowest_row(const std::string& chart) {
     return line.substr(line.find('|') + 1);
 }
 
-TEST(Chart, BarsStandOnZeroAndReadFromLeftToRight) {
+TEST(Chart, BarsReadFromLeftToRight) {
     const std::string chart = chart_text(points_of({Value{80}, Value{40}, Value{0}}), kPlain);
 
     EXPECT_EQ(chart,
@@ -82,11 +84,40 @@ TEST(Chart, ColumnWithOneReadingOfTwoShowsThatReading) {
     EXPECT_EQ(lowest_row(chart), std::string(60, '#'));
 }
 
-TEST(Chart, ScaleIsTheNextRoundNumber) {
-    EXPECT_EQ(chart_text(points_of({Value{388}}), kPlain).substr(0, 5), "400 +");
-    EXPECT_EQ(chart_text(points_of({Value{400}}), kPlain).substr(0, 5), "400 +");
-    EXPECT_EQ(chart_text(points_of({Value{401}}), kPlain).substr(0, 5), "500 +");
-    EXPECT_EQ(chart_text(points_of({Value{65534}}), kPlain).substr(0, 7), "80000 +");
+// The numbers at the axis, from the top.
+std::vector<std::string> axis_of(const std::vector<Value>& newest_first) {
+    std::istringstream lines(chart_text(points_of(newest_first), kPlain));
+    std::vector<std::string> numbers;
+    for (std::string line; std::getline(lines, line);) {
+        const size_t tick = line.find(" +");
+        if (tick != std::string::npos) numbers.push_back(line.substr(0, tick));
+    }
+    return numbers;
+}
+
+TEST(Chart, AxisStartsAtZeroWhenAReadingLiesInTheLowerHalf) {
+    EXPECT_EQ(axis_of({Value{388}, Value{193}}), (std::vector<std::string>{"400", "200", "  0"}));
+    EXPECT_EQ(axis_of({Value{400}, Value{0}}), (std::vector<std::string>{"400", "200", "  0"}));
+    EXPECT_EQ(axis_of({Value{401}, Value{0}}), (std::vector<std::string>{"480", "240", "  0"}));
+}
+
+TEST(Chart, AxisStartsBelowTheLowestWhenAllReadingsLieInTheUpperHalf) {
+    EXPECT_EQ(axis_of({Value{388}, Value{194}}), (std::vector<std::string>{"390", "270", "150"}));
+    EXPECT_EQ(axis_of({Value{235}, Value{219}}), (std::vector<std::string>{"240", "228", "216"}));
+}
+
+TEST(Chart, AxisOfEqualReadingsSpansATenthOfThem) {
+    EXPECT_EQ(axis_of({Value{300}, Value{300}}), (std::vector<std::string>{"328", "312", "296"}));
+}
+
+TEST(Chart, AxisHoldsTheHighestReadingThereIs) {
+    EXPECT_EQ(axis_of({Value{65534}}), (std::vector<std::string>{"72000", "68000", "64000"}));
+    EXPECT_EQ(axis_of({Value{65534}, Value{0}}),
+              (std::vector<std::string>{"80000", "40000", "    0"}));
+}
+
+TEST(Chart, AxisOfZerosIsTheSmallestOne) {
+    EXPECT_EQ(axis_of({Value{0}}), (std::vector<std::string>{"8", "4", "0"}));
 }
 
 TEST(Chart, TimesStandUnderTheEndsWhereTheChartIsWideEnough) {

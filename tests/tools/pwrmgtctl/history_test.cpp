@@ -277,7 +277,7 @@ TEST_F(History, TimingInJsonIsAKeyOfItsOwn) {
 
 TEST_F(History, ChartDrawsTheFirstColumn) {
     store_slot(0, slot_of(300));
-    store_slot(2, slot_of(150));
+    store_slot(2, slot_of(140));
 
     const std::vector<std::string> lines =
         lines_of(tool({"history", "power", "--chart", "--ascii"}).out);
@@ -288,9 +288,9 @@ TEST_F(History, ChartDrawsTheFirstColumn) {
         "System power, last 1 h up to 2023-11-14T22:13:30Z: 3 entries of 30 s, oldest on the left" +
             database());
     EXPECT_EQ(lines[1], "DC avg W");
-    EXPECT_EQ(lines[2], "300 +  #");
-    EXPECT_EQ(lines[6], "150 +# #");
-    EXPECT_EQ(lines[13], "Lowest 150, highest 300; blank = no reading.");
+    EXPECT_EQ(lines[2], "320 +  :");
+    EXPECT_EQ(lines[6], "160 +: #");
+    EXPECT_EQ(lines[13], "Lowest 140, highest 300; blank = no reading.");
 }
 
 TEST_F(History, ChartUsesBlockCharactersUnlessAsciiIsAskedFor) {
