@@ -22,14 +22,14 @@ using Row = std::vector<int64_t>;
 struct Rows {
     std::vector<Row> rows;
     int end = 10;
-    std::optional<int> told_count;  // instead of the number of rows
+    std::optional<int> told_count = {};  // instead of the number of rows
 };
 
 // What the firmware answers.
 struct Answer {
     std::vector<uint8_t> bytes;
-    int sent = 0;                  // the transport's own result
-    std::optional<uint32_t> told;  // length told, instead of the number of bytes
+    int sent = 0;                       // the transport's own result
+    std::optional<uint32_t> told = {};  // length told, instead of the number of bytes
 };
 
 enum class Operation {
