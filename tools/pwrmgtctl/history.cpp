@@ -120,17 +120,18 @@ Outcome show(const Options& options, Call call, const std::string& about, Histor
 
     if (done.status != 0) return explain(call, done.status, about + std::string(period.words));
     history.query_ms = done.query_ms;
-    for (uint32_t at = 0; at < options.entries; ++at) {
-        if (entries[at].timestamp == 0) break;  // the data ended before this entry began
-        history.readings.push_back(
-            {entries[at].index, entries[at].timestamp, convert(entries[at])});
+    for (const Entry& entry : entries) {
+        if (entry.timestamp == 0) break;  // the data ended before this entry began
+        ++history.available;
+        if (history.available > options.entries) continue;
+        history.readings.push_back({entry.index, entry.timestamp, convert(entry)});
     }
     return succeed(document(history, options));
 }
 
 History history_of(std::string_view schema, std::string title, Json subject,
                    std::span<const Column> columns) {
-    return {schema, std::move(title), std::move(subject), columns, 0, {}, 0, 0, 0, 0};
+    return {schema, std::move(title), std::move(subject), columns, 0, {}, 0, 0, 0, 0, 0};
 }
 
 Outcome show_power(const Options& options) {

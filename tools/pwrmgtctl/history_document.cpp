@@ -7,12 +7,19 @@
 namespace pwrmgt::pwrmgtctl {
 namespace {
 
-std::string headline(const History& history, const Layout& layout, std::string_view order) {
+std::string count_words(const History& history) {
     const size_t count = history.readings.size();
+    if (count < history.available) {
+        return std::to_string(count) + " of " + std::to_string(history.available) + " entries of ";
+    }
+    return std::to_string(count) + (count == 1 ? " entry of " : " entries of ");
+}
+
+std::string headline(const History& history, const Layout& layout, std::string_view order) {
     return history.title + ", last " + span_text(history.period_s) + " up to " +
-           time_text(history.asked_at_s, layout.zone) + ": " + std::to_string(count) +
-           (count == 1 ? " entry of " : " entries of ") + span_text(history.entry_s) + ", " +
-           std::string(order) + "; database " + working_database() + '\n';
+           time_text(history.asked_at_s, layout.zone) + ": " + count_words(history) +
+           span_text(history.entry_s) + ", " + std::string(order) + "; database " +
+           working_database() + '\n';
 }
 
 std::string_view order_words(Order order) {

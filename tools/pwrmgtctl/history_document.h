@@ -33,8 +33,9 @@ struct History {
     Json subject;  // what it tells of: {"domain": "system"}, {"psu": 3}, {}
     std::span<const Column> columns;
     size_t charted;  // the column that a chart shows
-    std::vector<Reading>
-        readings;  // newest first; entries after the end of the data are not among them
+    // Newest first; entries after the end of the data are not among them.
+    std::vector<Reading> readings;
+    size_t available;  // how many there were before only the newest were kept
     uint32_t period_s;
     uint32_t entry_s;
     int64_t asked_at_s;

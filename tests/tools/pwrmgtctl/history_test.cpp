@@ -175,6 +175,17 @@ TEST_F(History, EntriesOptionKeepsTheNewestOnes) {
     EXPECT_EQ(entries[2]["timestamp_s"], 1699999920);
 }
 
+TEST_F(History, EntriesLeftOutAreCountedOnTop) {
+    fill(10, 300);
+
+    const std::vector<std::string> lines =
+        lines_of(tool({"history", "power", "--entries", "3"}).out);
+
+    ASSERT_EQ(lines.size(), 5U);
+    EXPECT_NE(lines[0].find(": 3 of 10 entries of 30 s, newest first;"), std::string::npos)
+        << lines[0];
+}
+
 TEST_F(History, OneEntryIsFoundEvenWhenTheNewestSlotLiesBackInThePeriod) {
     store_slot(60, slot_of(300));
 
