@@ -24,6 +24,8 @@ MAY_INCLUDE = {
     "tools": PUBLIC + ("trace", "platform/host/db/state_dir.h"),
     "bench": PUBLIC + ("trace",),
     "fuzz": PUBLIC + ("trace", "platform/host", "src", "tests/support"),
+    # A whole walk ends in a tool, and is driven as the tool's own tests drive it.
+    "tests/way": PUBLIC + ("trace", "platform/host", "tools", "tests/support", "tests/tools"),
     "tests": PUBLIC + ("trace", "platform/host", "src", "tools", "tests/support"),
 }
 # Rooms: a file belongs to the directory this many levels deep, and may include what is in it.
@@ -43,15 +45,19 @@ def search_path(file):
     host_first = file.parts[0] in ("platform", "tools", "bench") or str(file).startswith(("tests/host", "tests/way"))
     halves = ["platform/host", "src"] if host_first else ["src", "platform/host"]
     own_tool = ["/".join(file.parts[:2])] if file.parts[0] == "tools" and len(file.parts) > 2 else []
-    return [str(file.parent), *PUBLIC, *own_tool, *halves, "tools", "trace", "tests", "tests/support", "."]
+    mirrored = ["/".join(file.parts[1:-1])] if file.parts[0] == "tests" and len(file.parts) > 2 else []
+    return [str(file.parent), *PUBLIC, *own_tool, *mirrored, *halves, "platform/host/db", "tools", "trace", "tests",
+            "tests/support", "."]
 
 
 def resolve(file, name, known):
+    """The file of ours that is meant: on the search path, else the only one of that name anywhere."""
     for directory in search_path(file):
         candidate = os.path.normpath(os.path.join(directory, name))
         if candidate in known:
             return candidate
-    return None
+    namesakes = [path for path in known if path.endswith("/" + name)]
+    return namesakes[0] if len(namesakes) == 1 else None
 
 
 def allowed(file, target):

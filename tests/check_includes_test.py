@@ -75,6 +75,20 @@ class Flow(check_common.TreeCase):
 
         self.assert_breach(self.breaches(), "tests/query may not include tests/policy/cases.h")
 
+    def test_a_file_that_only_the_build_knows_the_way_to_is_held_to_the_rules_too(self):
+        self.write("tests/tools/ctl/tool.h", "")
+        self.write("tests/way/reload_test.cpp", '#include "tool.h"\n')
+        self.write("tests/query/by_test.cpp", '#include "tool.h"\n')
+
+        self.assertEqual(self.breaches(), ["tests/query/by_test.cpp:1: tests/query may not include tests/tools/ctl/tool.h"])
+
+    def test_a_tool_s_test_finds_the_tool_s_own_header(self):
+        self.write("tools/ctl/chart.h", "")
+        self.write("tools/daemon/chart.h", "")
+        self.write("tests/tools/ctl/chart_test.cpp", '#include "chart.h"\n')
+
+        self.assertEqual(self.breaches(), [])
+
     def test_a_cycle_is_reported_with_its_path(self):
         self.write("src/query/a.h", '#include "query/b.h"\n')
         self.write("src/query/b.h", '#include "query/a.h"\n')
