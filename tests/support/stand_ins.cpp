@@ -221,7 +221,7 @@ int send_ipmi_cmd(const uint8_t* request, uint32_t* request_length, uint8_t* res
     if (verdict.fails) return verdict.result;
     const std::optional<Answer> answer = platform().next_answer();
     if (!answer) return 1;
-    std::memcpy(response, answer->bytes.data(), std::min<size_t>(answer->bytes.size(), 256));
+    std::copy_n(answer->bytes.begin(), std::min<size_t>(answer->bytes.size(), 256), response);
     *response_length = answer->told.value_or(static_cast<uint32_t>(answer->bytes.size()));
     return answer->sent;
 }
