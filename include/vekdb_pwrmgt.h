@@ -713,8 +713,8 @@ PWRMGT_API int32_t pwrmgt_get_perfSample_perIndex(uint32_t result, int32_t count
  * @retval 2   the database did not open
  * @retval 31  `period` above 3, or the clock failed
  * @retval 3   `domain` above 2, or the query failed
- * @retval 8   nothing recorded in the period (entries untouched), or no valid
- *             reading (entries written)
+ * @retval 8   nothing recorded in the period (entries untouched), no valid
+ *             reading (entries written), or a failing step (partly written)
  */
 PWRMGT_API uint32_t pwrmgt_get_history_power(pwrmgt_pwr_domain domain, uint32_t period,
                                              pwrmgt_hist_pwr_sample_t* entries, uint32_t count);
@@ -733,8 +733,8 @@ PWRMGT_API uint32_t pwrmgt_get_history_power(pwrmgt_pwr_domain domain, uint32_t 
  * @retval 2   the database did not open
  * @retval 31  `period` above 3, or the clock failed
  * @retval 3   no such bay, or the query failed
- * @retval 8   nothing recorded in the period (entries untouched), or no valid
- *             reading (entries written)
+ * @retval 8   nothing recorded in the period (entries untouched), no valid
+ *             reading (entries written), or a failing step (partly written)
  */
 PWRMGT_API uint32_t pwrmgt_get_history_psu_powers(uint32_t psu, uint32_t period,
                                                   pwrmgt_hist_psu_sample_t* entries,
@@ -754,7 +754,7 @@ PWRMGT_API uint32_t pwrmgt_get_history_psu_powers(uint32_t psu, uint32_t period,
  * @retval 31  `period` above 3, the clock failed, or nothing recorded in the
  *             period (entries untouched)
  * @retval 3   the query failed
- * @retval 8   no valid reading (entries written)
+ * @retval 8   no valid reading (entries written), or a failing step (partly written)
  */
 PWRMGT_API uint32_t pwrmgt_get_history_performance(uint32_t period,
                                                    pwrmgt_hist_perf_sample_t* entries,
