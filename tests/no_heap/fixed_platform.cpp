@@ -18,6 +18,9 @@ constexpr uint32_t kHandle = 1;
 
 int g_row = -1;
 
+// Where the allocation asked for goes, so that the compiler cannot leave it out.
+void* volatile g_kept;
+
 int done() {
     ++fixed_platform().calls;
     return 0;
@@ -51,7 +54,10 @@ extern "C" {
 
 uint32_t vek_db_open(const char*, const char*, const char*, const char*, int) {
     done();
-    if (fixed_platform().allocates_on_open) std::free(strdup("something"));
+    if (fixed_platform().allocates_on_open) {
+        g_kept = strdup("something");
+        std::free(g_kept);
+    }
     return kHandle;
 }
 void vek_db_close(uint32_t) {}
