@@ -82,6 +82,8 @@ Outcome write(std::uint32_t conn, const char* table, std::uint32_t content, cons
 
 }  // namespace
 
+// The list of exports can only pick from what is not hidden.
+#pragma GCC visibility push(default)
 extern "C" {
 
 uint32_t vek_db_open(const char* host, const char* user, const char* password, const char* dbname,
@@ -167,5 +169,6 @@ int vek_db_delete(uint32_t conn, const char* table, const char* where) {
 }
 
 }  // extern "C"
+#pragma GCC visibility pop
 
 }  // namespace pwrmgt::vekdb

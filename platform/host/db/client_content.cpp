@@ -24,6 +24,8 @@ int put(std::uint32_t content, const char* column, Int value) noexcept {
 
 }  // namespace
 
+// The list of exports can only pick from what is not hidden.
+#pragma GCC visibility push(default)
 extern "C" {
 
 uint32_t vek_db_get_content_values(void) {
@@ -70,5 +72,6 @@ void vek_db_free_content_values(uint32_t content) {
 }
 
 }  // extern "C"
+#pragma GCC visibility pop
 
 }  // namespace pwrmgt::vekdb

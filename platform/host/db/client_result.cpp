@@ -34,6 +34,8 @@ int read_cell(std::uint32_t result, int column, Int* out) noexcept {
 
 }  // namespace
 
+// The list of exports can only pick from what is not hidden.
+#pragma GCC visibility push(default)
 extern "C" {
 
 int vek_db_result_step(uint32_t result) {
@@ -76,5 +78,6 @@ void vek_db_free_result(uint32_t result) {
 }
 
 }  // extern "C"
+#pragma GCC visibility pop
 
 }  // namespace pwrmgt::vekdb
