@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <cstdio>
 #include <cstring>
+#include <span>
 
 #include "db/status.h"
 #include "ipmiraw.h"
@@ -20,6 +21,7 @@ using namespace pwrmgt::policy;
 namespace {
 
 constexpr uint32_t kEnterprise = PWRMGT_IANA_ENTERPRISE;
+static_assert(kEnterprise <= 0xFFFFFF, "an enterprise number has three bytes in a frame");
 constexpr uint8_t kOpen = 0x01;
 constexpr uint8_t kRead = 0x02;
 constexpr uint16_t kWantedBytes = 200;
@@ -103,7 +105,7 @@ extern "C" uint32_t pwrmgt_ds_file_read(const char* name, uint8_t* buffer, int32
 
     const int32_t received = buffer[kSizeAt] | buffer[kSizeAt + 1] << 8;
     std::printf("recv_data_sz is 0x%x \n", static_cast<unsigned>(received));
-    // Kept: compared signed, one byte short of what would fit. [SizeIsComparedSigned]
+    // Kept: compared signed: below 6 no answer fits, however small. [SizeIsComparedSigned]
     if (received >= int64_t{buffer_size} - 5) {
         std::printf("There will be an array overflow.\n");
         return code(Status::exchange_failed);
