@@ -1,102 +1,148 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "firmware_sim.h"
 
+#include <syslog.h>
+
 #include <algorithm>
 #include <cstdint>
-#include <memory>
+#include <iterator>
+#include <mutex>
 #include <optional>
+#include <string>
 
-#include "live_trace.h"
+#include "completion.h"
+#include "sim_faults.h"
+#include "sim_operations.h"
+#include "sim_state_file.h"
 
 namespace pwrmgt::ipmi::sim {
 namespace {
 
 constexpr std::uint8_t kResponder = 0x20;
 
-// Completion codes.
-constexpr std::uint8_t kSuccess = 0x00;
-constexpr std::uint8_t kInvalidCommand = 0xC1;
-constexpr std::uint8_t kInvalidForLun = 0xC2;
-constexpr std::uint8_t kInvalidLength = 0xC7;
-constexpr std::uint8_t kNotPresent = 0xCB;
-constexpr std::uint8_t kInvalidField = 0xCC;
-
-void put_watts(Response& response, const trace::Watts& watts) {
-    response.le16(watts.value_or(0xFFFF));
-}
-
-void put_percent(Response& response, const trace::Percent& percent) {
-    response.u8(percent.value_or(0xFF));
-}
-
-bool all_zero(std::span<const std::uint8_t> bytes) {
-    return std::all_of(bytes.begin(), bytes.end(), [](std::uint8_t byte) { return byte == 0; });
-}
-
-// System AC and DC, processor and memory power, four percentages, and the time at which the
-// reading was taken. Without a trace there is nothing measured, and nothing is made up.
-void realtime_powers(const Request& request, std::time_t now, Response& response) {
-    if (!all_zero(request.payload().subspan(1))) return response.u8(kInvalidField);
-    const std::shared_ptr<const trace::Trace> trace = live_trace();
-    if (!trace) return response.u8(kNotPresent);
-
-    trace::Reading reading;
-    const std::int64_t second = trace->live_second(now);
-    reading.epoch_s = second;
-    if (const trace::Reading* row = trace->reading_at(second)) reading = *row;
-    response.u8(kSuccess);
-    put_watts(response, reading.system_ac_w);
-    put_watts(response, reading.system_dc_w);
-    put_watts(response, reading.cpu_w);
-    put_watts(response, reading.mem_w);
-    put_percent(response, reading.sys_pct);
-    put_percent(response, reading.cpu_pct);
-    put_percent(response, reading.mem_pct);
-    put_percent(response, reading.io_pct);
-    const std::int64_t age_s = second - reading.epoch_s;
-    response.le32(static_cast<std::uint32_t>(now - age_s));
-}
-
-// One row per operation, which is the first data byte of its command. An operation with forms of
-// several lengths has a row for each.
+// One row per operation. An operation with forms of several lengths has a row for each.
 struct Operation {
     std::uint8_t netfn;
     std::uint8_t command;
     std::uint8_t operation;
     std::size_t min_length;  // of the whole frame
     std::size_t max_length;
-    void (*run)(const Request& request, std::time_t now, Response& response);
+    // Either of the two.
+    void (*read)(const Call& call, const State& state, Response& response);
+    void (*change)(const Call& call, State& state, Response& response);
 };
 
 // clang-format off
 constexpr Operation kOperations[] = {
-    {0x3A, 0x32, 0x01, 9, 9, realtime_powers},
+    {0x3A, 0x32, 0x01,  9,   9, realtime_powers, nullptr},
+    {0x3A, 0x32, 0x02,  9,  10 + kMaxAuditName, nullptr, set_cap},
+    {0x3A, 0x32, 0x03,  9,   9, get_cap,         nullptr},
+    {0x3A, 0x32, 0x04,  9,   9, power_meter,     nullptr},
+    {0x3A, 0x32, 0x04, 10,  10, slot_devices,    nullptr},
+    {0x3A, 0x32, 0x06,  7,   7, get_zero_output, nullptr},
+    {0x3A, 0x32, 0x06,  8,   8, nullptr,         set_zero_output},
+    {0x3A, 0x32, 0x09,  5,   5, get_cpu_caps,    nullptr},
+    {0x3A, 0x06, 0xC0,  6,   6, get_gpu_word,    nullptr},
+    {0x3A, 0x06, 0xC0,  8,   8, nullptr,         set_gpu_word},
+    {0x3A, 0x06, 0xC1,  6,   6, get_gpu_byte,    nullptr},
+    {0x3A, 0x06, 0xC1,  7,   7, nullptr,         set_gpu_byte},
+    {0x3A, 0xDB, 0x01,  7,   7, gpu_consumption, nullptr},
+    {0x2E, 0x90, 0x01, 16, 128, nullptr,         open_file},
+    {0x2E, 0x90, 0x02, 18,  18, read_file,       nullptr},
 };
 // clang-format on
 
-bool asks_for(const Request& request, const Operation& row) {
-    const auto payload = request.payload();
-    return request.netfn() == row.netfn && request.command() == row.command && !payload.empty() &&
-           payload[0] == row.operation;
+// The row that answers, or the completion code that refuses.
+struct LookUp {
+    const Operation* row = nullptr;
+    std::uint8_t refusal = kInvalidCommand;
+};
+
+LookUp look_up(const Request& request) {
+    LookUp found;
+    for (const Operation& row : kOperations) {
+        if (request.netfn() != row.netfn || request.command() != row.command ||
+            operation_of(request) != row.operation) {
+            continue;
+        }
+        if (request.lun() != 0) {
+            found.refusal = kInvalidForLun;
+        } else if (request.length() < row.min_length || request.length() > row.max_length) {
+            found.refusal = kInvalidLength;
+        } else {
+            found.row = &row;
+            return found;
+        }
+    }
+    return found;
+}
+
+// Once, not at every exchange of a daemon that asks each second.
+void log_once(const std::string& reason) {
+    static std::mutex mutex;
+    static std::string told;
+    const std::lock_guard lock(mutex);
+    if (told == reason) return;
+    told = reason;
+    syslog(LOG_ERR, "firmware simulator: %s", reason.c_str());
+}
+
+void refuse_for(const Access& access, Response& response) {
+    log_once(access.reason);
+    response.cut_to(0);
+    response.u8(access.usable == Usable::busy ? kBusy : kUnavailable);
+}
+
+void run(const LookUp& found, const Call& call, State& state, Response& response) {
+    if (found.row == nullptr) {
+        response.u8(found.refusal);
+    } else if (found.row->read != nullptr) {
+        found.row->read(call, state, response);
+    } else {
+        found.row->change(call, state, response);
+    }
+}
+
+// Whatever changes the state: what was asked, or a fault of which one time is used up.
+Send answer_with_change(const LookUp& found, const Call& call, Response& response) {
+    Transaction transaction;
+    State& state = transaction.state();
+    if (transaction.access().usable != Usable::yes) {
+        refuse_for(transaction.access(), response);
+        return Send::done;
+    }
+    const std::optional<Fault> fault = take(state.faults, call.request);
+    if (!fault || carries_out(*fault)) run(found, call, state, response);
+    if (const Access kept = transaction.commit(); kept.usable != Usable::yes) {
+        refuse_for(kept, response);
+        return Send::done;
+    }
+    return fault ? befall(*fault, call.request, response) : Send::done;
 }
 
 }  // namespace
 
+bool offers(std::uint8_t command, std::optional<std::uint8_t> operation) {
+    return std::any_of(std::begin(kOperations), std::end(kOperations), [&](const Operation& row) {
+        return row.command == command && (!operation || row.operation == *operation);
+    });
+}
+
 Send answer(const Request& request, std::time_t now, Response& response) {
     if (request.responder() != kResponder) return Send::no_answer;
-    std::uint8_t refusal = kInvalidCommand;
-    for (const Operation& row : kOperations) {
-        if (!asks_for(request, row)) continue;
-        if (request.lun() != 0) {
-            refusal = kInvalidForLun;
-        } else if (request.length() < row.min_length || request.length() > row.max_length) {
-            refusal = kInvalidLength;
-        } else {
-            row.run(request, now, response);
-            return Send::done;
-        }
+    const LookUp found = look_up(request);
+    const Call call{request, now};
+    State state;
+    const Access access = read_state(state);
+    const bool changes = found.row != nullptr && found.row->change != nullptr;
+    if (access.usable == Usable::damaged || changes || waits_for(state.faults, request)) {
+        return answer_with_change(found, call, response);
     }
-    response.u8(refusal);
+    if (access.usable != Usable::yes && found.row != nullptr) {
+        refuse_for(access, response);
+    } else {
+        run(found, call, state, response);
+    }
     return Send::done;
 }
 

@@ -2,6 +2,7 @@
 // Request and response of one exchange, as every transport sees them.
 #pragma once
 
+#include <algorithm>
 #include <array>
 #include <cstddef>
 #include <cstdint>
@@ -43,8 +44,22 @@ public:
         le16(static_cast<std::uint16_t>(value & 0xFFFF));
         le16(static_cast<std::uint16_t>(value >> 16));
     }
+    void be16(std::uint16_t value) {
+        u8(static_cast<std::uint8_t>(value >> 8));
+        u8(static_cast<std::uint8_t>(value & 0xFF));
+    }
+    void bytes(std::span<const std::uint8_t> values) {
+        for (const std::uint8_t value : values)
+            u8(value);
+    }
+
+    void cut_to(std::size_t length) { length_ = std::min(length_, length); }
+    void overwrite(std::size_t at, std::uint8_t value) {
+        if (at < length_) bytes_[at] = value;
+    }
 
     std::span<const std::uint8_t> bytes() const { return std::span(bytes_).first(length_); }
+    std::size_t length() const { return length_; }
 
 private:
     std::array<std::uint8_t, kMaxResponseBytes> bytes_{};

@@ -11,8 +11,9 @@ enum class Send : int {
     short_request = 2,      // not even a header
     not_built = 3,          // a transport that this build knows by name only
     unknown_transport = 4,  // $VEKDB_IPMI names none
-    no_answer = 5,          // nobody has that responder address
+    no_answer = 5,          // nobody has that responder address, or it kept silent
     out_of_resources = 6,
+    timed_out = 7,  // given up before the answer came
 };
 
 }  // namespace pwrmgt::ipmi
