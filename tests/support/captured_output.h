@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-// What a program writes to standard output, taken over at the descriptor, so that it does not
-// matter through which call it is written.
+// What a program writes to standard output or standard error, taken over at the descriptor, so that
+// it does not matter through which call it is written.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -12,25 +12,26 @@
 
 namespace pwrmgt::test {
 
-// Captures from here to text() or to the end of its life. At most one at a time.
-class CapturedOutput {
+// Captures one stream from here to text() or to the end of its life. At most one of a stream at a
+// time.
+class CapturedStream {
 public:
-    CapturedOutput() {
-        std::fflush(stdout);
-        own_ = dup(STDOUT_FILENO);
+    explicit CapturedStream(FILE* stream) : stream_(stream) {
+        std::fflush(stream_);
+        own_ = dup(fileno(stream_));
         file_ = memfd_create("captured", MFD_CLOEXEC);
-        if (own_ < 0 || file_ < 0 || dup2(file_, STDOUT_FILENO) < 0) {
-            ADD_FAILURE() << "standard output cannot be captured";
+        if (own_ < 0 || file_ < 0 || dup2(file_, fileno(stream_)) < 0) {
+            ADD_FAILURE() << "a standard stream cannot be captured";
         }
     }
-    CapturedOutput(const CapturedOutput&) = delete;
-    CapturedOutput& operator=(const CapturedOutput&) = delete;
-    ~CapturedOutput() {
+    CapturedStream(const CapturedStream&) = delete;
+    CapturedStream& operator=(const CapturedStream&) = delete;
+    ~CapturedStream() {
         give_back();
         close(file_);
     }
 
-    // Everything written since; standard output is the program's own again.
+    // Everything written since; the stream is the program's own again.
     std::string text() {
         give_back();
         std::string all;
@@ -45,14 +46,25 @@ public:
 private:
     void give_back() {
         if (own_ < 0) return;
-        std::fflush(stdout);
-        dup2(own_, STDOUT_FILENO);
+        std::fflush(stream_);
+        dup2(own_, fileno(stream_));
         close(own_);
         own_ = -1;
     }
 
+    FILE* stream_;
     int own_ = -1;
     int file_ = -1;
+};
+
+class CapturedOutput : public CapturedStream {
+public:
+    CapturedOutput() : CapturedStream(stdout) {}
+};
+
+class CapturedError : public CapturedStream {
+public:
+    CapturedError() : CapturedStream(stderr) {}
 };
 
 }  // namespace pwrmgt::test
