@@ -10,8 +10,9 @@ using pwrmgt::vekdb::HandleTable;
 using pwrmgt::vekdb::Kind;
 using pwrmgt::vekdb::result_handles;
 
+// A table keeps its places for good, as those of the process do: hence the static ones.
 TEST(Handles, ZeroFindsNothingAlsoBesideAFreedPlace) {
-    HandleTable table{Kind::result};
+    static constinit HandleTable table{Kind::result};
     int object = 0;
     table.take(table.add(&object));
 
@@ -19,7 +20,7 @@ TEST(Handles, ZeroFindsNothingAlsoBesideAFreedPlace) {
 }
 
 TEST(Handles, HandleOfAPlaceThatIsUsedAgainFindsNothing) {
-    HandleTable table{Kind::result};
+    static constinit HandleTable table{Kind::result};
     int first = 0;
     int second = 0;
     const std::uint32_t stale = table.add(&first);
@@ -31,8 +32,8 @@ TEST(Handles, HandleOfAPlaceThatIsUsedAgainFindsNothing) {
 }
 
 TEST(Handles, HandleOfAnotherKindFindsNothing) {
-    HandleTable results{Kind::result};
-    HandleTable contents{Kind::content};
+    static constinit HandleTable results{Kind::result};
+    static constinit HandleTable contents{Kind::content};
     int object = 0;
     const std::uint32_t result = results.add(&object);
     contents.add(&object);
@@ -41,7 +42,7 @@ TEST(Handles, HandleOfAnotherKindFindsNothing) {
 }
 
 TEST(Handles, FullTableGivesZeroAndServesAgainAfterOneIsTaken) {
-    HandleTable table{Kind::result};
+    static constinit HandleTable table{Kind::result};
     int object = 0;
     std::uint32_t last = 0;
     for (int i = 0; i < 4096; ++i)
@@ -54,7 +55,7 @@ TEST(Handles, FullTableGivesZeroAndServesAgainAfterOneIsTaken) {
 }
 
 TEST(Handles, ReleasesOfDeadHandlesAreCounted) {
-    HandleTable table{Kind::result};
+    static constinit HandleTable table{Kind::result};
     int object = 0;
     const std::uint32_t handle = table.add(&object);
     table.take(handle);
