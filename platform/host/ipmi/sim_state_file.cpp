@@ -25,7 +25,7 @@ constexpr std::size_t kMaxBytes = 1 << 20;
 
 // Another process holds the lock for the time of one small file; one that was stopped while it
 // did must not stop everybody else.
-constexpr int kLockTries = 1000;
+constexpr int kLockTries = 500;
 constexpr timespec kLockPause{0, 2'000'000};
 
 class Descriptor {
@@ -61,7 +61,9 @@ bool read_whole(int file, std::string& text) {
         if (got < 0 && errno == EINTR) continue;
         if (got <= 0) return got == 0;
         text.append(piece, static_cast<std::size_t>(got));
-        if (text.size() > kMaxBytes) return true;  // no text of ours is as long
+        if (text.size() <= kMaxBytes) continue;
+        text.clear();  // no text of ours is as long
+        return true;
     }
 }
 

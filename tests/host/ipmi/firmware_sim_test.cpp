@@ -32,6 +32,7 @@ protected:
     }
 
     TempFile file_{kTrace};
+    EnvironmentVariable runtime_{"VEKDB_RUNTIME_DIR", file_.directory() + "/run"};
     EnvironmentVariable transport_{"VEKDB_IPMI", "sim"};
     EnvironmentVariable trace_{"VEKDB_SIM_TRACE", file_.path()};
 };
@@ -189,7 +190,7 @@ INSTANTIATE_TEST_SUITE_P(Requests, FirmwareSimRefusal, testing::Values(
     Refusal{"RealtimeWithFilling", {0x20, 0x3A, 0, 0x32, 0x01, 0, 0, 0, 1}, 0xCC},
     Refusal{"OtherLun", {0x20, 0x3A, 1, 0x32, 0x01, 0, 0, 0, 0}, 0xC2},
     Refusal{"WithoutOperation", {0x20, 0x3A, 0, 0x32}, 0xC1},
-    Refusal{"OtherOperation", {0x20, 0x3A, 0, 0x32, 0x03, 0, 0, 0, 0}, 0xC1},
+    Refusal{"OtherOperation", {0x20, 0x3A, 0, 0x32, 0x05, 0, 0, 0, 0}, 0xC1},
     Refusal{"OtherCommand", {0x20, 0x3A, 0, 0x33, 0x01, 0, 0, 0, 0}, 0xC1},
     Refusal{"OtherNetworkFunction", {0x20, 0x2E, 0, 0x32, 0x01, 0, 0, 0, 0}, 0xC1}),
     [](const testing::TestParamInfo<Refusal>& test) { return std::string(test.param.name); });

@@ -36,6 +36,29 @@ TEST(Frame, ResponseNumbersAreLittleEndian) {
     EXPECT_EQ(bytes, (std::vector<std::uint8_t>{1, 2, 3, 4, 5, 6, 7}));
 }
 
+TEST(Frame, BigEndianNumberAndBytesFollowOneAnother) {
+    Response response;
+
+    response.be16(0x0102);
+    response.bytes(std::vector<std::uint8_t>{3, 4});
+
+    const std::vector<std::uint8_t> bytes(response.bytes().begin(), response.bytes().end());
+    EXPECT_EQ(bytes, (std::vector<std::uint8_t>{1, 2, 3, 4}));
+}
+
+TEST(Frame, ResponseIsCutAndOverwrittenWithinItsLengthOnly) {
+    Response response;
+    response.le32(0x04030201);
+
+    response.cut_to(5);
+    response.cut_to(2);
+    response.overwrite(1, 0xEE);
+    response.overwrite(2, 0xEE);
+
+    const std::vector<std::uint8_t> bytes(response.bytes().begin(), response.bytes().end());
+    EXPECT_EQ(bytes, (std::vector<std::uint8_t>{1, 0xEE}));
+}
+
 TEST(Frame, ResponseNeverGrowsBeyond256Bytes) {
     Response response;
 

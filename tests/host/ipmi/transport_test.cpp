@@ -8,6 +8,7 @@
 #include "ipmiraw.h"
 #include "stand_ins.h"
 #include "support/environment.h"
+#include "support/temp_file.h"
 
 namespace {
 
@@ -28,6 +29,8 @@ protected:
         log_lines.clear();
     }
 
+    TempFile place_;
+    EnvironmentVariable runtime_{"VEKDB_RUNTIME_DIR", place_.directory() + "/run"};
     EnvironmentVariable no_trace_{"VEKDB_SIM_TRACE"};
     std::uint8_t request_[9] = {0x20, 0x3A, 0, 0x32, 0x01, 0, 0, 0, 0};
     std::uint8_t response_[256] = {};

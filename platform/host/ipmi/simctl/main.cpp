@@ -65,7 +65,7 @@ void add_faults(CLI::App& app, Action& chosen) {
     add->add_option("--command", request->command, "Command byte")
         ->required()
         ->check(CLI::Range(0, 255));
-    add->add_option("--operation", request->operation, "First data byte; every operation without")
+    add->add_option("--operation", request->operation, "Operation byte; every operation without")
         ->check(CLI::Range(0, 255));
     add->add_option("--kind", request->kind, "What happens, see below")->required();
     CLI::Option* times = add->add_option("--times", request->times, "How many exchanges (1)")
