@@ -22,22 +22,25 @@ bool Schedule::run() {
         wake_s = std::min(next_sample_s, slot_start(now_s) + kSlot_s);
     }
     const std::int64_t end_s = station_.clock.now();
-    enter_slot(end_s);
-    write_queued(end_s);
+    if (!advance(end_s)) write_queued(end_s);
     return save(end_s) && queued_.empty();
 }
 
 // A late wake-up is an ordinary one: everything follows from the time it is now.
 void Schedule::tick(std::int64_t now_s) {
-    if (enter_slot(now_s) && !queued_.empty()) {
-        write_queued(now_s);
-        station_.tables.trim(now_s);
-        if (unsaved_slots() >= rhythm_.persist_slots) save(now_s);
-    }
+    if (advance(now_s) && unsaved_slots() >= rhythm_.persist_slots) save(now_s);
     const std::int64_t sample = now_s / rhythm_.sample_interval_s;
     if (last_sample_ == sample) return;
     last_sample_ = sample;
     take_reading(now_s);
+}
+
+// Records what is over at `now_s`; true when that was the time to do so.
+bool Schedule::advance(std::int64_t now_s) {
+    if (!enter_slot(now_s) || queued_.empty()) return false;
+    write_queued(now_s);
+    station_.tables.trim(now_s);
+    return true;
 }
 
 // True when `now_s` has just begun a slot. Without an open slot afterwards nothing can be recorded
@@ -45,9 +48,8 @@ void Schedule::tick(std::int64_t now_s) {
 bool Schedule::enter_slot(std::int64_t now_s) {
     const std::int64_t slot_s = slot_start(now_s);
     if (open_s_ == slot_s) return false;
-    station_.log.state("clock", is_recordable(now_s)
-                                    ? ""
-                                    : time_text(now_s) + " cannot be right; recording waits");
+    station_.log.state(
+        "clock", is_recordable(now_s) ? "" : "cannot be right; recording waits until it is set");
     if (!is_recordable(now_s) || is_behind(now_s)) {
         open_s_.reset();
         readings_ = {};
@@ -117,6 +119,7 @@ bool Schedule::save(std::int64_t now_s) {
         std::max({*first_unsaved_s_, oldest_kept(now_s), last_written_s_ - kDay_s + kSlot_s});
     if (first_s <= last_written_s_ && !station_.tables.save(first_s, last_written_s_)) return false;
     first_unsaved_s_.reset();
+    station_.log.detail("saved up to the slot of " + time_text(last_written_s_));
     return true;
 }
 

@@ -44,6 +44,7 @@ public:
 
 private:
     void tick(std::int64_t now_s);
+    bool advance(std::int64_t now_s);
     bool enter_slot(std::int64_t now_s);
     bool is_behind(std::int64_t now_s);
     void start_over(std::int64_t now_s);

@@ -1,0 +1,114 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "options.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+namespace pwrmgt::pwrmgtd {
+namespace {
+
+using testing::AllOf;
+using testing::HasSubstr;
+
+Parsed parse(std::vector<const char*> arguments) {
+    arguments.insert(arguments.begin(), "pwrmgtd");
+    return parse_options(static_cast<int>(arguments.size()), arguments.data());
+}
+
+TEST(Options, NoneMeansRecordingFromTheFirmware) {
+    const Parsed parsed = parse({});
+
+    ASSERT_TRUE(parsed.options) << parsed.text;
+    EXPECT_EQ(parsed.options->source, SourceKind::firmware);
+    EXPECT_EQ(parsed.options->rhythm.sample_interval_s, 1);
+    EXPECT_EQ(parsed.options->rhythm.persist_slots, 10);
+    EXPECT_EQ(parsed.options->redundancy_mode, 255U);
+    EXPECT_EQ(parsed.options->replay_file, "");
+    EXPECT_FALSE(parsed.options->verbose);
+}
+
+TEST(Options, AReplayIsReadWithItsEnd) {
+    const Parsed parsed = parse({"--replay", "day.csv", "--until", "2025-06-04T00:00:10Z"});
+
+    ASSERT_TRUE(parsed.options) << parsed.text;
+    EXPECT_EQ(parsed.options->replay_file, "day.csv");
+    EXPECT_EQ(parsed.options->until_s, 1748995210);
+    EXPECT_FALSE(parsed.options->then_run);
+}
+
+TEST(Options, AReplayUntilNowLeavesTheTimeToTheClock) {
+    const Parsed parsed = parse({"--replay", "day.csv", "--until", "now", "--then-run"});
+
+    ASSERT_TRUE(parsed.options) << parsed.text;
+    EXPECT_EQ(parsed.options->until_s, std::nullopt);
+    EXPECT_TRUE(parsed.options->then_run);
+}
+
+TEST(Options, EdgesOfTheRangesAreTaken) {
+    for (const auto& arguments :
+         std::vector<std::vector<const char*>>{{"--sample-interval", "1"},
+                                               {"--sample-interval", "30"},
+                                               {"--persist-every", "1"},
+                                               {"--persist-every", "2880"},
+                                               {"--redundancy-mode", "0"},
+                                               {"--redundancy-mode", "4"},
+                                               {"--replay", "f", "--until", "86401"},
+                                               {"--replay", "f", "--until", "2147483647"}}) {
+        EXPECT_TRUE(parse(arguments).options) << arguments[0] << ' ' << arguments.back();
+    }
+}
+
+TEST(Options, WrongOnesAreUsageErrors) {
+    for (const auto& arguments :
+         std::vector<std::vector<const char*>>{{"--sample-interval", "0"},
+                                               {"--sample-interval", "31"},
+                                               {"--sample-interval", "x"},
+                                               {"--persist-every", "0"},
+                                               {"--persist-every", "2881"},
+                                               {"--redundancy-mode", "5"},
+                                               {"--source", "oracle"},
+                                               {"--source", "trace"},
+                                               {"--trace", "f"},
+                                               {"--until", "now"},
+                                               {"--then-run"},
+                                               {"--replay"},
+                                               {"--replay", ""},
+                                               {"--replay", "f", "--until", "noon"},
+                                               {"--replay", "f", "--until", "86400"},
+                                               {"--replay", "f", "--until", "2147483648"},
+                                               {"--unknown"},
+                                               {"argument"}}) {
+        const Parsed parsed = parse(arguments);
+
+        EXPECT_FALSE(parsed.options) << arguments[0];
+        EXPECT_EQ(parsed.exit, Exit::usage) << arguments[0];
+        EXPECT_THAT(parsed.text, HasSubstr("--help")) << arguments[0];
+    }
+}
+
+TEST(Options, HelpNamesEveryOptionAndExitCode) {
+    const Parsed parsed = parse({"--help"});
+
+    EXPECT_FALSE(parsed.options);
+    EXPECT_EQ(parsed.exit, Exit::ok);
+    EXPECT_THAT(parsed.text,
+                AllOf(HasSubstr("--source"), HasSubstr("--trace"), HasSubstr("--sample-interval"),
+                      HasSubstr("--persist-every"), HasSubstr("--redundancy-mode"),
+                      HasSubstr("--replay"), HasSubstr("--until"), HasSubstr("--then-run"),
+                      HasSubstr("--verbose"), HasSubstr("--version")));
+    EXPECT_THAT(parsed.text, AllOf(HasSubstr("0 ended"), HasSubstr("1 failure"),
+                                   HasSubstr("2 wrong"), HasSubstr("3 another")));
+}
+
+TEST(Options, VersionIsOneLine) {
+    const Parsed parsed = parse({"--version"});
+
+    EXPECT_EQ(parsed.exit, Exit::ok);
+    EXPECT_EQ(parsed.text, "pwrmgtd " PWRMGTD_VERSION "\n");
+}
+
+}  // namespace
+}  // namespace pwrmgt::pwrmgtd

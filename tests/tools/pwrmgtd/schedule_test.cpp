@@ -1,0 +1,330 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "schedule.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "stand_ins.h"
+
+namespace pwrmgt::pwrmgtd::test {
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+using testing::Pair;
+using testing::SizeIs;
+
+constexpr std::int64_t kNoon = 1748952000;  // 2025-06-03 12:00:00, slot 1440
+
+class ScheduleTest : public testing::Test {
+protected:
+    // Runs a daemon from one second to another on the tables as they are.
+    bool run(SimulatedClock& clock, Rhythm rhythm) {
+        return Schedule({clock, source, tables, log}, rhythm).run();
+    }
+    bool run(std::int64_t from_s, std::int64_t to_s, Rhythm rhythm) {
+        SimulatedClock clock(from_s, to_s);
+        return run(clock, rhythm);
+    }
+
+    // One row with a reading per stamp, stored and saved.
+    void store(std::int64_t stamp_s) {
+        SlotReadings readings;
+        readings.add(system_reading(1));
+        tables.working.insert({stamp_s, readings.sample()});
+        tables.persistent.insert({stamp_s, readings.sample()});
+    }
+
+    MemoryTables tables;
+    CollectingLog log;
+    // Power is the second within the slot, so every row of whole slots averages 14.
+    ScriptedSource source{
+        [](std::int64_t now_s) { return system_reading(static_cast<std::uint16_t>(now_s % 30)); }};
+};
+
+TEST_F(ScheduleTest, EverySecondBecomesTheRealTimeRow) {
+    run(kNoon, kNoon + 3, {});
+
+    ASSERT_THAT(tables.shown, SizeIs(3));
+    EXPECT_EQ(tables.shown[0].first, kNoon);
+    EXPECT_EQ(tables.shown[2].first, kNoon + 2);
+    EXPECT_EQ(tables.shown[2].second.sys_dc_w, 2);
+}
+
+TEST_F(ScheduleTest, ASlotIsRecordedUnderItsStartOnceItIsOver) {
+    run(kNoon, kNoon + 60, {});
+
+    EXPECT_THAT(tables.stamps(), ElementsAre(kNoon, kNoon + 30));
+    EXPECT_EQ(tables.watts_at(kNoon), 14);
+    EXPECT_EQ(tables.working.find(kNoon)->second.system.max, 29);
+    EXPECT_EQ(tables.working.find(kNoon)->second.system.min, 0);
+}
+
+TEST_F(ScheduleTest, TheOpenSlotIsNotRecordedAtTheEnd) {
+    run(kNoon, kNoon + 59, {});
+
+    EXPECT_THAT(tables.stamps(), ElementsAre(kNoon));
+}
+
+TEST_F(ScheduleTest, TheFirstSlotHoldsTheReadingsSinceTheStart) {
+    run(kNoon + 28, kNoon + 30, {});
+
+    EXPECT_EQ(tables.working.find(kNoon)->second.system.min, 28);
+}
+
+TEST_F(ScheduleTest, ReadingsComeOnceAnInterval) {
+    run(kNoon + 1, kNoon + 31, {.sample_interval_s = 10});
+
+    EXPECT_THAT(source.read_at_s, ElementsAre(kNoon + 1, kNoon + 10, kNoon + 20, kNoon + 30));
+}
+
+TEST_F(ScheduleTest, SlotsEndOnTimeWhateverTheInterval) {
+    run(kNoon, kNoon + 90, {.sample_interval_s = 29});
+
+    EXPECT_THAT(tables.stamps(), ElementsAre(kNoon, kNoon + 30, kNoon + 60));
+}
+
+TEST_F(ScheduleTest, ASourceWithoutReadingsGivesEmptyRows) {
+    ScriptedSource silent([](std::int64_t) { return Reading{}; });
+    SimulatedClock clock(kNoon, kNoon + 30);
+
+    Schedule({clock, silent, tables, log}, {}).run();
+
+    EXPECT_EQ(tables.watts_at(kNoon), 65535);
+}
+
+TEST_F(ScheduleTest, ADayFillsTheRingWithoutAGapOrADouble) {
+    run(kNoon, kNoon + 2 * 86400 + 60, {.sample_interval_s = 15});
+
+    const std::vector<std::int64_t> stamps = tables.stamps();
+    ASSERT_THAT(stamps, SizeIs(2880));
+    EXPECT_EQ(stamps.front(), kNoon + 86400 + 60);
+    EXPECT_EQ(stamps.back(), kNoon + 2 * 86400 + 30);
+    for (std::size_t i = 1; i < stamps.size(); ++i) {
+        ASSERT_EQ(stamps[i] - stamps[i - 1], 30);
+    }
+}
+
+TEST_F(ScheduleTest, SlotsAreSavedInBatches) {
+    run(kNoon, kNoon + 125, {.persist_slots = 2});
+
+    EXPECT_THAT(tables.saves, ElementsAre(Pair(kNoon, kNoon + 30), Pair(kNoon + 60, kNoon + 90)));
+}
+
+TEST_F(ScheduleTest, TheEndSavesWhatIsLeft) {
+    EXPECT_TRUE(run(kNoon, kNoon + 95, {.persist_slots = 2}));
+
+    EXPECT_THAT(tables.saves, ElementsAre(Pair(kNoon, kNoon + 30), Pair(kNoon + 60, kNoon + 60)));
+    EXPECT_EQ(tables.persistent.size(), 3U);
+}
+
+TEST_F(ScheduleTest, AnEndWithoutNewRowsSavesNothing) {
+    run(kNoon, kNoon + 20, {});
+
+    EXPECT_THAT(tables.saves, IsEmpty());
+}
+
+TEST_F(ScheduleTest, MissedSlotsAreRecordedAsEmpty) {
+    SimulatedClock clock(kNoon, kNoon + 180);
+    clock.set_at(kNoon + 45, kNoon + 130);
+
+    run(clock, {});
+
+    EXPECT_THAT(tables.stamps(),
+                ElementsAre(kNoon, kNoon + 30, kNoon + 60, kNoon + 90, kNoon + 120, kNoon + 150));
+    EXPECT_EQ(tables.watts_at(kNoon + 30), 7);
+    EXPECT_EQ(tables.watts_at(kNoon + 60), 65535);
+    EXPECT_EQ(tables.watts_at(kNoon + 90), 65535);
+    EXPECT_NE(tables.watts_at(kNoon + 120), 65535);
+    EXPECT_EQ(log.count("2 missed slots"), 1U);
+}
+
+TEST_F(ScheduleTest, ALeapOfDaysLeavesNoMoreThanADayOfEmptySlots) {
+    SimulatedClock clock(kNoon, kNoon + 10 * 86400 + 30);
+    clock.set_at(kNoon + 45, kNoon + 10 * 86400);
+
+    run(clock, {});
+
+    EXPECT_EQ(tables.stamps().front(), kNoon + 9 * 86400 + 30);
+    EXPECT_THAT(tables.stamps(), SizeIs(2880));
+}
+
+TEST_F(ScheduleTest, AStepBackRecordsNoStampTwice) {
+    SimulatedClock clock(kNoon, kNoon + 120);
+    clock.set_at(kNoon + 70, kNoon + 20);
+
+    run(clock, {});
+
+    EXPECT_THAT(tables.stamps(), ElementsAre(kNoon, kNoon + 30, kNoon + 60, kNoon + 90));
+    EXPECT_EQ(log.count("recording waits"), 1U);
+    EXPECT_EQ(log.count("works again"), 1U);
+}
+
+TEST_F(ScheduleTest, AStepBackDropsTheReadingsOfTheOpenSlot) {
+    SimulatedClock clock(kNoon, kNoon + 120);
+    clock.set_at(kNoon + 89, kNoon + 20);
+
+    run(clock, {});
+
+    EXPECT_EQ(tables.watts_at(kNoon + 60), 14);
+}
+
+TEST_F(ScheduleTest, ReadingsStayLiveWhileRecordingWaits) {
+    SimulatedClock clock(kNoon, kNoon + 25);
+    clock.set_at(kNoon + 70, kNoon + 20);
+
+    run(clock, {});
+
+    ASSERT_THAT(tables.shown, SizeIs(75));
+    EXPECT_EQ(tables.shown.back().first, kNoon + 24);
+}
+
+TEST_F(ScheduleTest, AStepBackWithinTheSlotGoesUnnoticed) {
+    SimulatedClock clock(kNoon, kNoon + 60);
+    clock.set_at(kNoon + 20, kNoon + 5);
+
+    run(clock, {});
+
+    EXPECT_THAT(tables.stamps(), ElementsAre(kNoon, kNoon + 30));
+    EXPECT_THAT(log.lines, IsEmpty());
+}
+
+TEST_F(ScheduleTest, AStepBackOverADayStartsOver) {
+    SimulatedClock clock(kNoon + 30 * 86400, kNoon + 60);
+    clock.set_at(kNoon + 30 * 86400 + 70, kNoon);
+    store(kNoon - 60);
+
+    run(clock, {});
+
+    EXPECT_THAT(tables.stamps(), ElementsAre(kNoon, kNoon + 30));
+    EXPECT_EQ(log.count("the clock went back"), 1U);
+}
+
+TEST_F(ScheduleTest, AStepBackOfADayWaits) {
+    SimulatedClock clock(kNoon + 86400, kNoon + 60);
+    clock.set_at(kNoon + 86400 + 70, kNoon + 30);
+
+    run(clock, {});
+
+    EXPECT_THAT(tables.stamps(), ElementsAre(kNoon + 86400, kNoon + 86400 + 30));
+}
+
+TEST_F(ScheduleTest, AClockThatIsNotSetRecordsNothing) {
+    run(100, 200, {});
+
+    EXPECT_THAT(tables.stamps(), IsEmpty());
+    EXPECT_THAT(tables.shown, SizeIs(100));
+    EXPECT_EQ(log.count("cannot be right"), 1U);
+}
+
+TEST_F(ScheduleTest, AClockThatIsSetLaterCostsNothingOfTheHistory) {
+    store(kNoon - 60);
+    SimulatedClock clock(100, kNoon + 60);
+    clock.set_at(200, kNoon);
+
+    run(clock, {});
+
+    EXPECT_THAT(tables.stamps(), ElementsAre(kNoon - 60, kNoon - 30, kNoon, kNoon + 30));
+}
+
+TEST_F(ScheduleTest, TheLastSecondThatTheTablesHoldEndsRecording) {
+    run(2147483620, 2147483680, {});
+
+    EXPECT_THAT(tables.stamps(), ElementsAre(2147483610));
+    EXPECT_EQ(log.count("cannot be right"), 1U);
+}
+
+TEST_F(ScheduleTest, ARestartGoesOnAfterTheNewestRow) {
+    run(kNoon, kNoon + 65, {});
+    run(kNoon + 70, kNoon + 120, {});
+
+    EXPECT_THAT(tables.stamps(), ElementsAre(kNoon, kNoon + 30, kNoon + 60, kNoon + 90));
+    EXPECT_EQ(tables.persistent.size(), 4U);
+}
+
+TEST_F(ScheduleTest, ARestartFillsTheTimeItWasDown) {
+    run(kNoon, kNoon + 30, {});
+    run(kNoon + 100, kNoon + 120, {});
+
+    EXPECT_THAT(tables.stamps(), ElementsAre(kNoon, kNoon + 30, kNoon + 60, kNoon + 90));
+    EXPECT_EQ(tables.watts_at(kNoon + 30), 65535);
+    EXPECT_EQ(tables.watts_at(kNoon + 60), 65535);
+}
+
+TEST_F(ScheduleTest, ARestartInTheSlotOfTheNewestRowWaitsForTheNext) {
+    store(kNoon);
+
+    run(kNoon + 10, kNoon + 60, {});
+
+    EXPECT_THAT(tables.stamps(), ElementsAre(kNoon, kNoon + 30));
+    EXPECT_EQ(tables.watts_at(kNoon), 1);
+}
+
+TEST_F(ScheduleTest, AnEmptyHistoryIsNotFilledWithThePast) {
+    run(kNoon, kNoon + 30, {});
+
+    EXPECT_THAT(tables.stamps(), ElementsAre(kNoon));
+}
+
+TEST_F(ScheduleTest, ARowOfAnotherProgramOffTheGridIsFollowedOnTheGrid) {
+    store(kNoon - 50);
+
+    run(kNoon, kNoon + 30, {});
+
+    EXPECT_THAT(tables.stamps(), ElementsAre(kNoon - 50, kNoon - 30, kNoon));
+}
+
+TEST_F(ScheduleTest, RowsThatWereRefusedAreWrittenLater) {
+    SimulatedClock clock(kNoon, kNoon + 150);
+    tables.refuse_appends = true;
+    ScriptedSource recovering([&](std::int64_t now_s) {
+        if (now_s == kNoon + 80) tables.refuse_appends = false;
+        return system_reading(5);
+    });
+
+    const bool saved = Schedule({clock, recovering, tables, log}, {}).run();
+
+    EXPECT_TRUE(saved);
+    EXPECT_THAT(tables.stamps(),
+                ElementsAre(kNoon, kNoon + 30, kNoon + 60, kNoon + 90, kNoon + 120));
+    EXPECT_EQ(tables.watts_at(kNoon), 5);
+    EXPECT_EQ(tables.persistent.size(), 5U);
+}
+
+TEST_F(ScheduleTest, RowsThatAreNeverTakenMakeTheEndAFailure) {
+    tables.refuse_appends = true;
+
+    EXPECT_FALSE(run(kNoon, kNoon + 60, {}));
+}
+
+TEST_F(ScheduleTest, ASaveThatFailsIsTriedAgainWithTheNextSlot) {
+    SimulatedClock clock(kNoon, kNoon + 155);
+    tables.refuse_saves = true;
+    ScriptedSource recovering([&](std::int64_t now_s) {
+        if (now_s == kNoon + 100) tables.refuse_saves = false;
+        return system_reading(5);
+    });
+
+    Schedule({clock, recovering, tables, log}, {.persist_slots = 2}).run();
+
+    EXPECT_THAT(tables.saves, ElementsAre(Pair(kNoon, kNoon + 30), Pair(kNoon, kNoon + 60),
+                                          Pair(kNoon, kNoon + 90), Pair(kNoon + 120, kNoon + 120)));
+    EXPECT_EQ(tables.persistent.size(), 5U);
+}
+
+TEST_F(ScheduleTest, ALastSaveThatFailsMakesTheEndAFailure) {
+    tables.refuse_saves = true;
+
+    EXPECT_FALSE(run(kNoon, kNoon + 60, {}));
+}
+
+TEST_F(ScheduleTest, SlotsThatWereNeverSavedAgeOutAfterADay) {
+    tables.refuse_saves = true;
+
+    run(kNoon, kNoon + 86400 + 90, {.sample_interval_s = 30, .persist_slots = 2880});
+
+    EXPECT_EQ(tables.saves.back(), std::pair(kNoon + 90, kNoon + 86400 + 60));
+}
+
+}  // namespace
+}  // namespace pwrmgt::pwrmgtd::test

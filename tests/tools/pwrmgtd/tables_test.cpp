@@ -1,0 +1,165 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "tables.h"
+
+#include <gmock/gmock.h>
+
+#include <array>
+#include <vector>
+
+#include "database_fixture.h"
+
+namespace pwrmgt::pwrmgtd::test {
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+using testing::Pair;
+
+constexpr std::int64_t kMidnight = 1748995200;  // 2025-06-04 00:00:00, slot 0
+
+using TablesTest = DatabaseTest;
+
+TEST_F(TablesTest, AReadingBecomesTheRealTimeRow) {
+    Reading reading = system_reading(300);
+    reading.sys_ac_w = 330;
+    reading.cpu_pct = 12;
+
+    EXPECT_TRUE(tables.show(system_reading(1), kMidnight));
+    EXPECT_TRUE(tables.show(reading, kMidnight + 1));
+
+    EXPECT_EQ(number("RealTimePowersMem", "SysPwrDc", "_id=0"), 300);
+    EXPECT_EQ(number("RealTimePowersMem", "SysPwrAc", "_id=0"), 330);
+    EXPECT_EQ(number("RealTimePowersMem", "CpuPctg", "_id=0"), 12);
+    EXPECT_EQ(number("RealTimePowersMem", "Timestamp", "_id=0"), kMidnight + 1);
+}
+
+TEST_F(TablesTest, AMissingReadingBecomesTheMarkers) {
+    EXPECT_TRUE(tables.show({}, kMidnight));
+
+    EXPECT_EQ(number("RealTimePowersMem", "SysPwrDc", "_id=0"), 65535);
+    EXPECT_EQ(number("RealTimePowersMem", "MemPwrDc", "_id=0"), 65535);
+    EXPECT_EQ(number("RealTimePowersMem", "IOPctg", "_id=0"), 255);
+}
+
+TEST_F(TablesTest, RowsAreNumberedByTheirTime) {
+    const std::array rows{row(kMidnight - 30, 5), row(kMidnight, 6)};
+
+    EXPECT_EQ(tables.append(rows), 2U);
+
+    EXPECT_THAT(rows_of("HistPowers24HrMem"),
+                ElementsAre(Pair(kMidnight - 30, 2879), Pair(kMidnight, 0)));
+    EXPECT_EQ(number("HistPowers24HrMem", "SysMaxAc", "_id=2879"), 5);
+}
+
+TEST_F(TablesTest, TheNewestRowIsFoundByItsTimeNotItsNumber) {
+    const std::array rows{row(kMidnight - 30, 5), row(kMidnight, 6)};
+    tables.append(rows);
+    std::optional<std::int64_t> newest_s;
+
+    EXPECT_TRUE(tables.read_newest(newest_s));
+
+    EXPECT_EQ(newest_s, kMidnight);
+}
+
+TEST_F(TablesTest, AnEmptyHistoryHasNoNewestRow) {
+    std::optional<std::int64_t> newest_s = 1;
+
+    EXPECT_TRUE(tables.read_newest(newest_s));
+
+    EXPECT_EQ(newest_s, std::nullopt);
+}
+
+TEST_F(TablesTest, ASaveCopiesItsSlotsAcrossMidnight) {
+    const std::array rows{row(kMidnight - 60, 4), row(kMidnight - 30, 5), row(kMidnight, 6),
+                          row(kMidnight + 30, 7)};
+    tables.append(rows);
+
+    EXPECT_TRUE(tables.save(kMidnight - 30, kMidnight));
+
+    EXPECT_THAT(rows_of("HistPowers24Hr"),
+                ElementsAre(Pair(kMidnight - 30, 2879), Pair(kMidnight, 0)));
+    EXPECT_THAT(log.lines, IsEmpty());
+}
+
+TEST_F(TablesTest, ASaveReplacesTheSlotOfTheDayBefore) {
+    const std::array yesterday{row(kMidnight - 86400, 1)};
+    tables.append(yesterday);
+    tables.save(kMidnight - 86400, kMidnight - 86400);
+    const std::array today{row(kMidnight, 2)};
+    tables.append(today);
+    ASSERT_TRUE(tables.trim(kMidnight + 30));
+
+    EXPECT_TRUE(tables.save(kMidnight, kMidnight));
+
+    EXPECT_THAT(rows_of("HistPowers24Hr"), ElementsAre(Pair(kMidnight, 0)));
+}
+
+TEST_F(TablesTest, AWholeDayIsAppendedAndSaved) {
+    std::vector<Row> day;
+    for (int slot = 0; slot < 2880; ++slot) {
+        day.push_back(row(kMidnight + 600 + 30 * slot, 9));
+    }
+
+    EXPECT_EQ(tables.append(day), 2880U);
+    EXPECT_TRUE(tables.save(kMidnight + 600, kMidnight + 600 + 86370));
+
+    EXPECT_EQ(rows_of("HistPowers24HrMem").size(), 2880U);
+    EXPECT_EQ(rows_of("HistPowers24Hr"), rows_of("HistPowers24HrMem"));
+}
+
+TEST_F(TablesTest, ASaveThatTheDatabaseRefusesIsReported) {
+    const std::array rows{row(kMidnight, 6)};
+    tables.append(rows);
+    ASSERT_EQ(raw("DROP TABLE HistPowers24Hr"), 0);
+
+    EXPECT_FALSE(tables.save(kMidnight, kMidnight));
+
+    EXPECT_EQ(log.count("pwrmgt_update_hist_persist_db: status"), 1U);
+}
+
+TEST_F(TablesTest, ASlotThatDidNotArriveIsNoticedThoughTheLastOneDid) {
+    const std::array rows{row(kMidnight, 6), row(kMidnight + 30, 7)};
+    tables.append(rows);
+    ASSERT_EQ(raw("CREATE TRIGGER lose BEFORE INSERT ON HistPowers24Hr WHEN NEW._id = 0 "
+                  "BEGIN SELECT RAISE(IGNORE); END"),
+              0);
+
+    EXPECT_FALSE(tables.save(kMidnight, kMidnight + 30));
+
+    EXPECT_EQ(log.count("saved rows: status 1"), 1U);
+}
+
+TEST_F(TablesTest, ARefusedRowIsReportedAndNotCounted) {
+    ASSERT_EQ(raw("CREATE TRIGGER mem.refuse BEFORE INSERT ON HistPowers24HrMem WHEN NEW._id = 1 "
+                  "BEGIN SELECT RAISE(FAIL, 'no'); END"),
+              0);
+    const std::array rows{row(kMidnight, 6), row(kMidnight + 30, 7), row(kMidnight + 60, 8)};
+
+    EXPECT_EQ(tables.append(rows), 1U);
+
+    EXPECT_THAT(rows_of("HistPowers24HrMem"), ElementsAre(Pair(kMidnight, 0)));
+    EXPECT_EQ(log.count("pwrmgt_update_hist_table: status"), 1U);
+}
+
+TEST_F(TablesTest, RemovingTakesBothTablesFromAStampOn) {
+    const std::array rows{row(kMidnight, 6), row(kMidnight + 30, 7), row(kMidnight + 60, 8)};
+    tables.append(rows);
+    tables.save(kMidnight, kMidnight + 60);
+
+    EXPECT_TRUE(tables.remove_from(kMidnight + 30));
+
+    EXPECT_THAT(rows_of("HistPowers24HrMem"), ElementsAre(Pair(kMidnight, 0)));
+    EXPECT_THAT(rows_of("HistPowers24Hr"), ElementsAre(Pair(kMidnight, 0)));
+}
+
+TEST_F(TablesTest, ATableThatIsGoneHasNoExtent) {
+    ASSERT_EQ(raw("DROP TABLE HistPowers24HrMem"), 0);
+    std::optional<std::int64_t> newest_s;
+
+    EXPECT_FALSE(tables.read_newest(newest_s));
+
+    EXPECT_EQ(log.count("newest row: status 3"), 1U);
+}
+
+}  // namespace
+}  // namespace pwrmgt::pwrmgtd::test
