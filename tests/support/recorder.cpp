@@ -28,6 +28,7 @@ std::vector<std::string> Recorder::named(const std::string& first_word) const {
 }
 
 Recorder::Verdict Recorder::judge(Operation operation) {
+    if (quiet) return {};
     operations.push_back(operation);
     const size_t number = ++fallible_;
     const size_t nth = ++seen_[operation];

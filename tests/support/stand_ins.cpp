@@ -35,7 +35,7 @@ int plain(Operation operation) {
 
 template <class T>
 int read_column(const char* width, uint32_t result, int column, T* out) {
-    platform().log(std::string(width) + " " + std::to_string(column));
+    if (!platform().quiet) platform().log(std::string(width) + " " + std::to_string(column));
     if (plain(Operation::column) != 0) return 1;
     Recorder::OpenRows* const opened = platform().open_rows(result);
     if (opened == nullptr || !opened->current) return 1;

@@ -65,6 +65,21 @@ TEST_F(StandIns, ChosenCallFailsAndNoOther) {
     vek_db_close(101);
 }
 
+TEST_F(StandIns, QuietRecorderAnswersAndCountsHandlesButKeepsNoCalls) {
+    platform().quiet = true;
+    platform().answer_table("PowerPolicy", {{2, 1, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0}});
+    pwrmgt_power_policy_t policy{};
+    const uint32_t db = pwrmgt_get_db_handle();
+
+    EXPECT_EQ(pwrmgt_get_pwrpolicy_tbl(&policy), 0U);
+
+    EXPECT_EQ(policy.is_blade, 2);
+    EXPECT_THAT(platform().calls, testing::IsEmpty());
+    EXPECT_THAT(platform().operations, testing::IsEmpty());
+    EXPECT_EQ(platform().handle_faults(), Calls{"connection 100 never handed back"});
+    vek_db_close(db);
+}
+
 TEST_F(StandIns, ConnectionUsedAfterItsCloseIsAFault) {
     const uint32_t db = pwrmgt_get_db_handle();
     vek_db_close(db);
