@@ -117,6 +117,7 @@ TEST_F(BayStatus, CodeIsAskedBeforeTheSuppliesAreRead) {
 // -- layouts
 
 TEST_F(BayStatus, GoxIsEightOnlyWithMoreThanOneOnBothFeeds) {
+    platform().quiet = true;
     // By usable supplies among bays 1 to 6, then among 7 to 12.
     constexpr std::array<std::array<int32_t, 7>, 7> kExpected{{{7, 7, 7, 7, 7, 7, 7},
                                                                {7, 7, 7, 7, 7, 7, 7},
@@ -144,6 +145,7 @@ TEST_F(BayStatus, OrvaneIsNineWithAnyUsableSupply) {
 }
 
 TEST_F(BayStatus, EightIsOneFromFiveUsableSuppliesOn) {
+    platform().quiet = true;
     constexpr std::array<int32_t, 9> kExpected{0, 0, 0, 0, 0, 1, 1, 1, 1};
     for (uint32_t good = 0; good < 256; ++good) {
         ASSERT_EQ(status_of(bays_of_pattern(8, good), pwrmgt_check_eight_psu_feed_count),
@@ -165,6 +167,7 @@ TEST_F(BayStatus, EachLayoutTakesItsOwnNumberOfBaysOnly) {
 // -- one in reserve
 
 TEST_F(BayStatus, ReserveWithOthersFaultedInEveryPattern) {
+    platform().quiet = true;
     constexpr std::array<int32_t, 13> kExpected{15, 1, 2, 3, 15, 15, 15, 15, 15, 15, 15, 15, 15};
     for (uint32_t good = 0; good < 4096; ++good) {
         ASSERT_EQ(status_of(bays_of_pattern(12, good), pwrmgt_check_psuStatus_for_N_1),
@@ -174,6 +177,7 @@ TEST_F(BayStatus, ReserveWithOthersFaultedInEveryPattern) {
 }
 
 TEST_F(BayStatus, ReserveWithOthersAbsentInEveryPattern) {
+    platform().quiet = true;
     constexpr std::array<int32_t, 13> kExpected{15, 4, 5, 6, 7, 15, 15, 15, 15, 15, 15, 15, 15};
     for (uint32_t good = 0; good < 4096; ++good) {
         ASSERT_EQ(status_of(others_absent(12, good), pwrmgt_check_psuStatus_for_N_1),

@@ -113,6 +113,16 @@ TEST_F(BaysRead, RowCountIsCutTo8Bits) {
     EXPECT_EQ(counts(out), (Row{2, 1, 1}));
 }
 
+TEST_F(BaysRead, CountsWrapIn8BitsBeforeTheyAreJudged) {
+    std::vector<Row> rows(256, supply_with(1, kFault, 1));
+    rows[0] = good_supply(1);
+    script_supplies(rows);
+
+    EXPECT_EQ(pwrmgt_get_psus_property(&out), 17U);
+
+    EXPECT_EQ(counts(out), (Row{0, 0, 1}));
+}
+
 // -- counted
 
 TEST_F(BaysRead, OnlyPresentOneCountsAsPresent) {

@@ -38,6 +38,7 @@ uint32_t power_in(uint32_t mode, const std::vector<Row>& rows) {
 class Products : public PsuTest {};
 
 TEST_F(Products, OfOneSupplyForEveryLabel) {
+    platform().quiet = true;
     for (uint32_t label_w = 1; label_w <= 8191; ++label_w) {
         ASSERT_EQ(power_in(1, bays_of_pattern(2, 3, label_w)),
                   exact_product(kMantissaOf1_2, label_w))
@@ -46,6 +47,7 @@ TEST_F(Products, OfOneSupplyForEveryLabel) {
 }
 
 TEST_F(Products, OfTwoSuppliesForEveryLabel) {
+    platform().quiet = true;
     for (uint32_t label_w = 1; label_w <= 8191; ++label_w) {
         ASSERT_EQ(power_in(1, bays_of_pattern(4, 15, label_w)),
                   exact_product(kMantissaOf1_2, 2 * label_w))
@@ -54,6 +56,7 @@ TEST_F(Products, OfTwoSuppliesForEveryLabel) {
 }
 
 TEST_F(Products, OfThreeSuppliesForEveryLabel) {
+    platform().quiet = true;
     std::vector<Row> rows(12, empty_bay());
     for (uint32_t label_w = 1; label_w <= 8191; ++label_w) {
         for (size_t index = 0; index < 4; ++index) {

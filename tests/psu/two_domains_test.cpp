@@ -68,6 +68,7 @@ void supplies_change(const std::vector<Row>& first, const std::vector<Row>& then
 class EightBays : public PsuTest {};
 
 TEST_F(EightBays, OthersFaultedInEveryPattern) {
+    platform().quiet = true;
     // By the number of good supplies, eight being present.
     constexpr std::array<Power, 9> kHalf{{{},
                                           {1000, 0},
@@ -98,6 +99,7 @@ TEST_F(EightBays, OthersFaultedInEveryPattern) {
 }
 
 TEST_F(EightBays, OthersAbsentInEveryPattern) {
+    platform().quiet = true;
     constexpr std::array<Power, 9> kHalf{
         {{}, {0, 1}, {1200, 1}, {1200, 2}, {2400, 2}, {2400, 3}, {3600, 3}, {3600, 4}, {4800, 4}}};
     constexpr std::array<Power, 9> kReserve{{{},
@@ -161,6 +163,7 @@ TEST_F(EightBays, NoneLeftByTheSecondReadIsCountedAsFound) {
 class TwelveBays : public PsuTest {};
 
 TEST_F(TwelveBays, EveryPattern) {
+    platform().quiet = true;
     constexpr std::array<Power, 7> kHalf{
         {{0, 77}, {1200, 0}, {2400, 1}, {3600, 2}, {4800, 3}, {6000, 4}, {7200, 5}}};
     constexpr std::array<uint32_t, 13> kAll{0,    1000, 2000, 3000,  4000,  5000, 6000,

@@ -56,6 +56,7 @@ class Weakest : public PsuTest {};
 // -- two bays
 
 TEST_F(Weakest, OfTwoIsTheLighterOneTheFirstOfEquals) {
+    platform().quiet = true;
     const std::vector<int64_t> labels{0, 900, 1000, 65534, 65535};
     for (uint32_t number = 0; number < 100; ++number) {
         const std::vector<Row> rows = combination(2, number, labels);
@@ -98,6 +99,7 @@ TEST_F(Weakest, WholeRowComesBack) {
 // -- four bays
 
 TEST_F(Weakest, OfFourIsTheLighterOfTwoPairsByItsStoredLabel) {
+    platform().quiet = true;
     const std::vector<int64_t> labels{900, 1000, 65535};
     for (uint32_t number = 0; number < 6 * 6 * 6 * 6; ++number) {
         const std::vector<Row> rows = combination(4, number, labels);
@@ -127,6 +129,7 @@ TEST_F(Weakest, FaultedPairOfFourStandsWithItsStoredLabel) {
 // -- eight and twelve bays
 
 TEST_F(Weakest, OfEightIsTheLightestUsableInEveryPattern) {
+    platform().quiet = true;
     const std::array<int64_t, 8> labels{1500, 1300, 1700, 1300, 1100, 1600, 1100, 1200};
     const std::array<int, 8> lightest_first{5, 7, 8, 2, 4, 1, 6, 3};
     for (uint32_t good = 1; good < 256; ++good) {
@@ -141,6 +144,7 @@ TEST_F(Weakest, OfEightIsTheLightestUsableInEveryPattern) {
 }
 
 TEST_F(Weakest, OfTwelveIsTheLightestUsableInEveryPattern) {
+    platform().quiet = true;
     const std::array<int64_t, 12> labels{1500, 1300, 1700, 1300, 1100, 1600,
                                          1100, 1200, 1000, 1900, 1000, 1400};
     const std::array<int, 12> lightest_first{9, 11, 5, 7, 8, 2, 4, 12, 1, 6, 3, 10};
