@@ -1,13 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "sim_faults.h"
 
-#include <time.h>
-
 #include <algorithm>
 #include <array>
 #include <cerrno>
 #include <charconv>
 #include <cstdio>
+#include <ctime>
 
 #include "completion.h"
 

@@ -23,9 +23,11 @@ void bear(trace::Watts& power, std::uint16_t& cut_w) {
 
 std::uint16_t kept_by_cpus(std::uint16_t measured_w, const State& state) {
     if (state.cpus == 0) return measured_w;
+    const unsigned even_w = unsigned{measured_w} / state.cpus;
+    const unsigned left_over_w = unsigned{measured_w} % state.cpus;
     unsigned kept_w = 0;
     for (unsigned at = 0; at < state.cpus; ++at) {
-        const unsigned share_w = measured_w / state.cpus + (at < measured_w % state.cpus ? 1u : 0u);
+        const unsigned share_w = even_w + (at < left_over_w ? 1 : 0);
         kept_w += std::min<unsigned>(share_w, state.cpu_cap_w[at]);
     }
     return static_cast<std::uint16_t>(kept_w);
