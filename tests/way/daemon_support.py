@@ -133,6 +133,7 @@ class RunningDaemon:
         self.process.send_signal(signal_number)
         self.process.wait(timeout=DEADLINE_S)
         self._reader.join()
+        self._forget_shared_clock()
         while (line := self._lines.get_nowait()) is not None:
             self.said.append(line)
         self.stdout = self.process.stdout.read()
@@ -143,5 +144,11 @@ class RunningDaemon:
             self.process.kill()
             self.process.wait()
         self._reader.join()
+        self._forget_shared_clock()
         self.process.stdout.close()
         self.process.stderr.close()
+
+    def _forget_shared_clock(self):
+        """libfaketime keeps its clock in shared memory, and a killed process leaves that behind."""
+        for name in (f"faketime_shm_{self.process.pid}", f"sem.faketime_sem_{self.process.pid}"):
+            Path("/dev/shm", name).unlink(missing_ok=True)
