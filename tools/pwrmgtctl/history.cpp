@@ -1,11 +1,13 @@
 // SPDX-License-Identifier: Apache-2.0
-// The command family `history`: power, one supply, and performance over a past period.
+// The command family `history`: power, one supply, and performance over a past period or in a
+// window.
 #include <array>
 #include <ctime>
 #include <memory>
 
 #include "command.h"
 #include "history_document.h"
+#include "history_request.h"
 #include "missing.h"
 #include "status_text.h"
 #include "timed.h"
@@ -13,22 +15,6 @@
 
 namespace pwrmgt::pwrmgtctl {
 namespace {
-
-constexpr uint32_t kAllEntries = PWRMGT_MAX_PERIOD_ENTRIES;
-
-struct Period {
-    std::string_view name;
-    uint32_t code;
-    uint32_t period_s;
-    std::string_view words;
-};
-
-constexpr std::array<Period, 4> kPeriods{{
-    {"1h", PWRMGT_PERIOD_1_HOUR, 3600, "in the last hour"},
-    {"6h", PWRMGT_PERIOD_6_HOURS, 21600, "in the last 6 hours"},
-    {"12h", PWRMGT_PERIOD_12_HOURS, 43200, "in the last 12 hours"},
-    {"24h", PWRMGT_PERIOD_24_HOURS, 86400, "in the last 24 hours"},
-}};
 
 // clang-format off
 constexpr std::array<Column, 6> kSystemColumns{{
@@ -50,8 +36,7 @@ constexpr std::array<Column, 6> kPerformanceColumns{{
 struct Options {
     std::string domain = "system";
     uint32_t psu = 0;
-    std::string period = "1h";
-    uint32_t entries = kAllEntries;
+    RequestOptions request;
     bool json = false;
     bool chart = false;
     bool ascii = false;
@@ -59,13 +44,6 @@ struct Options {
     bool oldest_first = false;
     bool timing = false;
 };
-
-const Period& chosen_period(const Options& options) {
-    for (const Period& period : kPeriods) {
-        if (period.name == options.period) return period;
-    }
-    return kPeriods[0];  // not reached: the parser accepts these names only
-}
 
 pwrmgt_pwr_domain domain_code(const std::string& name) {
     if (name == "cpu") return PWRMGT_DOMAIN_CPU;
@@ -104,26 +82,31 @@ std::string document(const History& history, const Options& options) {
     return options.chart ? history_chart(history, layout) : history_table(history, layout);
 }
 
-// Runs one query and shows it. All entries of the period are asked for and the newest ones kept:
-// the library's window shrinks with the count, so a smaller count would miss readings that lie a
-// little back.
+// Runs one query and shows it. All entries of a period are asked for and the newest ones kept: the
+// library's window shrinks with the count, so a smaller count would miss readings that lie a little
+// back.
 template <class Entry, class Query, class Convert>
 Outcome show(const Options& options, Call call, const std::string& about, History history,
              const Query& query, const Convert& convert) {
-    const Period& period = chosen_period(options);
-    history.period_s = period.period_s;
-    history.entry_s = pwrmgt_get_samples_perIndex(period.code) * PWRMGT_SLOT_SECONDS;
-    history.asked_at_s = std::time(nullptr);
-    std::array<Entry, kAllEntries> entries{};
+    const auto [request, mistake] = resolve(options.request, std::time(nullptr));
+    if (!mistake.empty()) return fail(Exit::usage, mistake);
+    std::vector<Entry> entries(request.room());
+    uint32_t count = request.room();
 
-    const Timed done = timed([&] { return query(period.code, entries.data()); });
+    const Timed done = timed([&] { return query(request, entries.data(), count); });
 
-    if (done.status != 0) return explain(call, done.status, about + std::string(period.words));
+    if (done.status != 0) return explain(call, done.status, about + request.words());
+    history.period_s = request.length_s;
+    history.entry_s = request.entry_s;
+    history.asked_at_s = request.asked_at_s;
+    history.end_s = request.end_s();
     history.query_ms = done.query_ms;
+    entries.resize(count);
+    const size_t wanted = request.window ? count : options.request.entries;
     for (const Entry& entry : entries) {
         if (entry.timestamp == 0) break;  // the data ended before this entry began
         ++history.available;
-        if (history.available > options.entries) continue;
+        if (history.available > wanted) continue;
         history.readings.push_back({entry.index, entry.timestamp, convert(entry)});
     }
     return succeed(document(history, options));
@@ -131,7 +114,12 @@ Outcome show(const Options& options, Call call, const std::string& about, Histor
 
 History history_of(std::string_view schema, std::string title, Json subject,
                    std::span<const Column> columns) {
-    return {schema, std::move(title), std::move(subject), columns, 0, {}, 0, 0, 0, 0, 0};
+    History history{};
+    history.schema = schema;
+    history.title = std::move(title);
+    history.subject = std::move(subject);
+    history.columns = columns;
+    return history;
 }
 
 Outcome show_power(const Options& options) {
@@ -143,8 +131,12 @@ Outcome show_power(const Options& options) {
         options, Call::history_power, "",
         history_of("pwrmgtctl.history.power/1", domain_title(options.domain),
                    {{"domain", options.domain}}, columns),
-        [&](uint32_t period, pwrmgt_hist_pwr_sample_t* entries) {
-            return pwrmgt_get_history_power(domain, period, entries, kAllEntries);
+        [&](const Request& asked, pwrmgt_hist_pwr_sample_t* entries, uint32_t& count) {
+            if (!asked.window) {
+                return pwrmgt_get_history_power(domain, asked.period, entries, count);
+            }
+            const auto& [end_s, minutes, samples] = *asked.window;
+            return pwrmgt_get_history_power_by_tm(domain, end_s, minutes, samples, entries, &count);
         },
         [&](const pwrmgt_hist_pwr_sample_t& entry) { return values_of(entry, domain); });
 }
@@ -152,11 +144,17 @@ Outcome show_power(const Options& options) {
 Outcome show_psu(const Options& options) {
     const std::string number = std::to_string(options.psu);
     return show<pwrmgt_hist_psu_sample_t>(
-        options, Call::history_psu, "of supply " + number + ' ',
+        options, options.request.minutes == 0 ? Call::history_psu : Call::window_psu,
+        "of supply " + number + ' ',
         history_of("pwrmgtctl.history.psu/1", "Power of supply " + number, {{"psu", options.psu}},
                    kPsuColumns),
-        [&](uint32_t period, pwrmgt_hist_psu_sample_t* entries) {
-            return pwrmgt_get_history_psu_powers(options.psu, period, entries, kAllEntries);
+        [&](const Request& asked, pwrmgt_hist_psu_sample_t* entries, uint32_t& count) {
+            if (!asked.window) {
+                return pwrmgt_get_history_psu_powers(options.psu, asked.period, entries, count);
+            }
+            const auto& [end_s, minutes, samples] = *asked.window;
+            return pwrmgt_get_history_psu_power_by_tm(static_cast<int32_t>(options.psu), end_s,
+                                                      minutes, samples, entries, &count);
         },
         [](const pwrmgt_hist_psu_sample_t& entry) { return values_of(entry); });
 }
@@ -166,8 +164,10 @@ Outcome show_performance(const Options& options) {
         options, Call::history_performance, "",
         history_of("pwrmgtctl.history.performance/1", "Utilisation", Json::object(),
                    kPerformanceColumns),
-        [](uint32_t period, pwrmgt_hist_perf_sample_t* entries) {
-            return pwrmgt_get_history_performance(period, entries, kAllEntries);
+        [](const Request& asked, pwrmgt_hist_perf_sample_t* entries, uint32_t& count) {
+            if (!asked.window) return pwrmgt_get_history_performance(asked.period, entries, count);
+            const auto& [end_s, minutes, samples] = *asked.window;
+            return pwrmgt_get_history_performance_by_tm(end_s, minutes, samples, entries, &count);
         },
         [](const pwrmgt_hist_perf_sample_t& entry) { return values_of(entry); });
 }
@@ -181,14 +181,7 @@ CLI::Validator one_of(std::vector<std::string> names) {
 
 // The options that every history takes.
 void add_options(CLI::App& command, Options& options) {
-    command.add_option("--period", options.period, "How far back: 1h, 6h, 12h or 24h")
-        ->check(one_of({"1h", "6h", "12h", "24h"}))
-        ->type_name("PERIOD")
-        ->capture_default_str();
-    command.add_option("--entries", options.entries, "Show the newest N entries only, 1 to 120")
-        ->check(CLI::Range(1U, kAllEntries).description(""))
-        ->type_name("N")
-        ->capture_default_str();
+    add_request_options(command, options.request);
     CLI::Option* json =
         command.add_flag("--json", options.json, "One JSON document instead of a table");
     CLI::Option* chart = command.add_flag("--chart", options.chart,
@@ -215,7 +208,7 @@ CLI::App& add_command(CLI::App& family, Action& chosen, const char* name, const 
 }  // namespace
 
 void add_history(CLI::App& app, Action& chosen) {
-    CLI::App* family = app.add_subcommand("history", "Readings of the last 1, 6, 12 or 24 hours");
+    CLI::App* family = app.add_subcommand("history", "Readings of a past period or window");
     family->require_subcommand(1);
     std::shared_ptr<Options> options;
 
@@ -231,6 +224,7 @@ void add_history(CLI::App& app, Action& chosen) {
         "Examples:\n"
         "  pwrmgtctl history power --period 24h\n"
         "  pwrmgtctl history power --domain cpu --period 6h --chart\n"
+        "  pwrmgtctl history power --end 2026-11-20T20:25:00Z --minutes 90 --samples-per-entry 6\n"
         "  pwrmgtctl history power --period 24h --json | jq '.entries[0].dc.avg_w'");
 
     CLI::App& psu = add_command(*family, chosen, "psu", "Input and output power of one supply",

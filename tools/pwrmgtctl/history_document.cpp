@@ -16,8 +16,9 @@ std::string count_words(const History& history) {
 }
 
 std::string headline(const History& history, const Layout& layout, std::string_view order) {
-    return history.title + ", last " + span_text(history.period_s) + " up to " +
-           time_text(history.asked_at_s, layout.zone) + ": " + count_words(history) +
+    const std::string_view last = history.end_s == history.asked_at_s ? ", last " : ", ";
+    return history.title + std::string(last) + span_text(history.period_s) + " up to " +
+           time_text(history.end_s, layout.zone) + ": " + count_words(history) +
            span_text(history.entry_s) + ", " + std::string(order) + "; database " +
            working_database() + '\n';
 }
@@ -81,6 +82,8 @@ std::string history_json(const History& history, const Layout& layout) {
     document["order"] = layout.order == Order::newest_first ? "newest_first" : "oldest_first";
     document["asked_at_s"] = history.asked_at_s;
     document["asked_at_utc"] = time_text(history.asked_at_s, Zone::utc);
+    document["end_s"] = history.end_s;
+    document["end_utc"] = time_text(history.end_s, Zone::utc);
     document["database"] = working_database();
     if (layout.timing == Timing::on) document["query_ms"] = rounded_ms(history.query_ms);
     document["entries"] = Json::array();

@@ -39,6 +39,7 @@ struct History {
     uint32_t period_s;
     uint32_t entry_s;
     int64_t asked_at_s;
+    int64_t end_s;  // of the period: another time than asked_at_s in a window
     double query_ms;
 };
 

@@ -17,7 +17,7 @@ constexpr const char* kFooter =
     "Exit codes:\n"
     "  0  shown\n"
     "  1  failed: database, firmware, clock, or standard output\n"
-    "  2  wrong usage\n"
+    "  2  wrong usage, or a value out of range\n"
     "  3  not offered on this platform\n"
     "  4  nothing recorded\n"
     "\n"

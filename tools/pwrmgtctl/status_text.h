@@ -14,6 +14,7 @@ namespace pwrmgt::pwrmgtctl {
 enum class Call {
     history_power,
     history_psu,
+    window_psu,
     history_performance,
     realtime_stored,
     realtime_live,

@@ -44,7 +44,8 @@ TEST_F(History, SystemPowerAsJsonHoldsBothGroups) {
     EXPECT_EQ(document, json::parse(R"({
         "schema": "pwrmgtctl.history.power/1", "domain": "system", "period_s": 3600, "entry_width_s": 30,
         "order": "newest_first", "asked_at_s": 1700000010, "asked_at_utc": "2023-11-14T22:13:30Z",
-        "database": ")" + working_file() +
+        "end_s": 1700000010, "end_utc": "2023-11-14T22:13:30Z", "database": ")" +
+                                    working_file() +
                                     R"(",
         "entries": [{"index": 0, "timestamp_s": 1699999980, "time_utc": "2023-11-14T22:13:00Z",
                      "dc": {"avg_w": 300, "max_w": 310, "min_w": 290},

@@ -1,0 +1,53 @@
+// SPDX-License-Identifier: Apache-2.0
+// Which stretch of the histories is asked for: a past period by its name, or a window that the
+// command line places.
+#pragma once
+
+#include <CLI/CLI.hpp>
+#include <cstdint>
+#include <optional>
+#include <string>
+
+#include "vekdb_pwrmgt.h"
+
+namespace pwrmgt::pwrmgtctl {
+
+struct Window {
+    int32_t end_s;
+    int32_t minutes;
+    int32_t samples_per_entry;
+};
+
+struct Request {
+    std::optional<Window> window;  // none: the period counts
+    uint32_t period = PWRMGT_PERIOD_1_HOUR;
+    uint32_t length_s = 0;
+    uint32_t entry_s = 0;
+    int64_t asked_at_s = 0;
+
+    // Room that the library needs.
+    [[nodiscard]] uint32_t room() const;
+    [[nodiscard]] int64_t end_s() const { return window ? window->end_s : asked_at_s; }
+    // "in the last 6 hours", "in the 30 min up to 2026-11-20T20:25:00Z".
+    [[nodiscard]] std::string words() const;
+};
+
+// The options that choose it.
+struct RequestOptions {
+    std::string period = "1h";
+    uint32_t entries = PWRMGT_MAX_PERIOD_ENTRIES;
+    std::string end = "now";
+    int32_t minutes = 0;  // 0: by period
+    int32_t samples_per_entry = 1;
+};
+
+void add_request_options(CLI::App& command, RequestOptions& options);
+
+// The request at this moment, or what is wrong with it in words.
+struct Resolved {
+    Request request;
+    std::string mistake;
+};
+Resolved resolve(const RequestOptions& options, int64_t now_s);
+
+}  // namespace pwrmgt::pwrmgtctl
