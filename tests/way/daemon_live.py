@@ -13,6 +13,7 @@ import time
 import unittest
 from pathlib import Path
 
+from daemon_expected import moments, read_file, row_of, seconds_of_trace
 from daemon_support import CTL, DAEMON, DATA, WayTest
 
 START = 1748995210  # 2025-06-04 00:00:10
@@ -30,9 +31,9 @@ class Live(WayTest):
         return newest
 
     def test_every_slot_is_recorded_and_saved_at_the_end(self):
-        for number in (signal.SIGTERM, signal.SIGINT):
+        for hours, number in enumerate((signal.SIGTERM, signal.SIGINT, signal.SIGHUP)):
             with self.subTest(number.name):
-                daemon = self.daemon(*FROM_TRACE, clock=(START + 3600 * number, SPEED))
+                daemon = self.daemon(*FROM_TRACE, clock=(START + 3600 * hours, SPEED))
                 newest = daemon.wait_for_slots(3)
 
                 self.assertEqual(daemon.end(number), 0, daemon.said)
@@ -43,12 +44,20 @@ class Live(WayTest):
                 self.assertEqual(self.rows("HistPowers24HrMem"), persistent)
                 self.assertEqual(daemon.stdout, "")
 
-    def test_a_whole_slot_holds_what_the_trace_says(self):
+    def test_a_row_holds_what_the_trace_says(self):
+        trace = read_file(TRACE)
+        spoken, first, span = seconds_of_trace(trace), trace[0][0], trace[-1][0] - trace[0][0] + 1
+
         self.run_for(4)
 
-        rows = self.rows("HistPowers24Hr")
-        # Second 30 of the day lies in the trace's first row: 270 W AC, 80 + 145 W DC.
-        self.assertEqual(rows[1748995230][1:7], (225, 225, 225, 270, 270, 270))
+        compared = 0
+        for stamp, row in self.rows("HistPowers24Hr").items():
+            slot = moments(spoken, [first + second % 86400 % span for second in range(stamp, stamp + 30)])
+            # A fast clock leaves seconds out; where the trace stands still, that makes no difference.
+            if all(moment == slot[0] for moment in slot) and row[1] != 65535:
+                self.assertEqual(list(row[1:]), row_of(slot))
+                compared += 1
+        self.assertGreater(compared, 0)
 
     def test_the_firmware_is_the_source_when_none_is_named(self):
         daemon = self.daemon(clock=(START, SPEED))
@@ -61,8 +70,8 @@ class Live(WayTest):
         self.assertIsNotNone(self.ctl("realtime", clock=START + 3600)["timestamp_s"])
 
     def test_what_was_saved_outlives_a_kill(self):
-        daemon = self.daemon(*FROM_TRACE, "--persist-every", "3", clock=(START, SPEED))
-        daemon.wait_for("saved up to", times=2)
+        daemon = self.daemon(*FROM_TRACE, "--persist-every", "20", clock=(START, SPEED))
+        daemon.wait_for("saved up to")
         daemon.wait_for("1 not saved yet")
         self.assertEqual(daemon.end(signal.SIGKILL), -signal.SIGKILL)
         saved, working = self.rows("HistPowers24Hr"), self.rows("HistPowers24HrMem")
@@ -94,11 +103,11 @@ class Live(WayTest):
     def test_the_time_between_two_runs_is_empty(self):
         newest = self.run_for(2)
 
-        self.run_for(1, start=newest + 600)
+        self.run_for(1, start=newest + 7200)
 
         rows = self.rows("HistPowers24Hr")
         self.assert_consecutive(rows)
-        self.assertEqual(rows[newest + 300][1], 65535)
+        self.assertEqual(rows[newest + 7140][1], 65535)
 
     def test_a_replay_can_go_on_live(self):
         daemon = self.daemon("--replay", TRACE, "--then-run", *FROM_TRACE, clock=(START, SPEED))
