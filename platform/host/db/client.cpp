@@ -36,7 +36,7 @@ Outcome run_for_result(Lease& lease, std::string_view sql, std::span<const std::
     auto rows = std::make_unique<Rows>();
     const Outcome outcome = run(lease, sql, values, rows.get());
     if (outcome != Outcome::ok || rows->columns() == 0) return outcome;
-    result = result_handles().add(rows.get());
+    result = result_handles.add(rows.get());
     if (result == 0) return Outcome::no_memory;
     static_cast<void>(rows.release());
     return Outcome::ok;
@@ -64,7 +64,7 @@ void append_filter(std::string& text, const char* where) {
 Outcome write(std::uint32_t conn, const char* table, std::uint32_t content, const char* where,
               bool is_update) {
     const char* known = table == nullptr ? nullptr : known_table(table);
-    const auto* pairs = static_cast<Content*>(content_handles().find(content));
+    const auto* pairs = static_cast<Content*>(content_handles.find(content));
     const auto lease = find_connection(conn);
     if (known == nullptr || pairs == nullptr || pairs->empty() || !lease)
         return Outcome::bad_argument;

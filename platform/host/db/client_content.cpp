@@ -16,7 +16,7 @@ namespace {
 template <class Int>
 int put(std::uint32_t content, const char* column, Int value) noexcept {
     return guarded([&] {
-        auto* pairs = static_cast<Content*>(content_handles().find(content));
+        auto* pairs = static_cast<Content*>(content_handles.find(content));
         if (pairs == nullptr || column == nullptr) return Outcome::bad_argument;
         return pairs->put(column, value) ? Outcome::ok : Outcome::bad_argument;
     });
@@ -32,13 +32,13 @@ uint32_t vek_db_get_content_values(void) {
     const Operation operation;
     std::unique_ptr<Content> content{new (std::nothrow) Content};
     if (!content) return 0;
-    const std::uint32_t handle = content_handles().add(content.get());
+    const std::uint32_t handle = content_handles.add(content.get());
     if (handle != 0) static_cast<void>(content.release());
     return handle;
 }
 
 void vek_db_content_clear(uint32_t content) {
-    auto* pairs = static_cast<Content*>(content_handles().find(content));
+    auto* pairs = static_cast<Content*>(content_handles.find(content));
     if (pairs != nullptr) pairs->clear();
 }
 
@@ -68,7 +68,7 @@ int vek_db_content_put_char(uint32_t content, const char* column, int8_t value) 
 
 void vek_db_free_content_values(uint32_t content) {
     const Operation operation;
-    const std::unique_ptr<Content> pairs{static_cast<Content*>(content_handles().take(content))};
+    const std::unique_ptr<Content> pairs{static_cast<Content*>(content_handles.take(content))};
 }
 
 }  // extern "C"

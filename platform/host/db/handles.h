@@ -7,6 +7,7 @@
 #include <atomic>
 #include <cstdint>
 #include <mutex>
+#include <new>
 
 namespace pwrmgt::vekdb {
 
@@ -18,24 +19,31 @@ struct HandleCounts {
     std::uint64_t refused_releases = 0;
 };
 
+struct HandleSlot {
+    std::atomic<std::uint32_t> handle{0};
+    std::uint32_t generation = 0;
+    std::uint32_t next_free = 0;
+    void* object = nullptr;
+};
+
+inline constexpr std::uint32_t kHandles = 4096;
+using HandleSlots = std::array<HandleSlot, kHandles>;
+
 // The table behind the handles of one kind. Finding takes no lock, because a result is asked once
 // per cell; adding and taking do. One handle is used by one thread at a time.
 class HandleTable {
 public:
-    static constexpr std::uint32_t kCapacity = 4096;
-
-    constexpr explicit HandleTable(Kind kind) noexcept : kind_{kind} {}
+    // The slots stand apart, so that they cost nothing until they are used.
+    constexpr HandleTable(Kind kind, HandleSlots& slots) noexcept : kind_{kind}, slots_{slots} {}
 
     // A handle for `object`, which stays the caller's until it is taken; 0 when the table is full.
     std::uint32_t add(void* object) noexcept;
 
     // The object behind a live handle, else null.
     void* find(std::uint32_t handle) const noexcept {
-        if (handle == 0) return nullptr;
-        const Chunk* chunk = chunks_[place(handle) / kChunk].load(std::memory_order_acquire);
-        if (chunk == nullptr) return nullptr;
-        const Slot& slot = (*chunk)[place(handle) % kChunk];
-        return slot.handle.load(std::memory_order_acquire) == handle ? slot.object : nullptr;
+        const HandleSlot& slot = slots_[handle % kHandles];
+        if (handle == 0 || slot.handle.load(std::memory_order_acquire) != handle) return nullptr;
+        return slot.object;
     }
 
     // Ends a handle and hands its object out; null, and counted, when the handle is not live.
@@ -50,36 +58,23 @@ public:
     void reset_lock() noexcept { new (&lock_) std::mutex; }
 
 private:
-    static constexpr std::uint32_t kChunk = 64;
-    static constexpr std::uint32_t kPlaceBits = 12;
-    static constexpr std::uint32_t kGenerations = 1U << 18;
-    static constexpr std::uint32_t kNone = ~0U;
-
-    struct Slot {
-        std::atomic<std::uint32_t> handle{0};
-        std::uint32_t generation = 0;
-        std::uint32_t next_free = kNone;
-        void* object = nullptr;
-    };
-    using Chunk = std::array<Slot, kChunk>;
-
-    static constexpr std::uint32_t place(std::uint32_t handle) noexcept {
-        return handle % kCapacity;
-    }
-    Slot* free_slot(std::uint32_t& index) noexcept;
-    void* release(Slot& slot, std::uint32_t index) noexcept;
+    void* release(std::uint32_t index) noexcept;
 
     Kind kind_;
+    HandleSlots& slots_;
     mutable std::mutex lock_;
-    std::array<std::atomic<Chunk*>, kCapacity / kChunk> chunks_{};
     std::uint32_t used_ = 0;
-    std::uint32_t first_free_ = kNone;
+    std::uint32_t first_free_ = kHandles;  // kHandles: none
     HandleCounts counts_;
 };
 
-// The tables of the process.
-HandleTable& connection_handles() noexcept;
-HandleTable& result_handles() noexcept;
-HandleTable& content_handles() noexcept;
+// The tables of the process. Never destroyed: a program may still use the client while its static
+// objects go.
+inline constinit HandleSlots connection_slots{};
+inline constinit HandleSlots result_slots{};
+inline constinit HandleSlots content_slots{};
+inline constinit HandleTable connection_handles{Kind::connection, connection_slots};
+inline constinit HandleTable result_handles{Kind::result, result_slots};
+inline constinit HandleTable content_handles{Kind::content, content_slots};
 
 }  // namespace pwrmgt::vekdb

@@ -37,15 +37,15 @@ Pool& pool() {
 void forget_parent() {
     Pool& mine = pool();
     new (&mine.lock) std::mutex;
-    connection_handles().reset_lock();
-    result_handles().reset_lock();
-    content_handles().reset_lock();
+    connection_handles.reset_lock();
+    result_handles.reset_lock();
+    content_handles.reset_lock();
     mine.owner = getpid();
     // Only moved here: a child that goes on to exec never closes them.
     for (Connection& connection : mine.idle)
         mine.inherited.push_back(std::move(connection));
     mine.idle.clear();
-    while (void* taken = connection_handles().take_any()) {
+    while (void* taken = connection_handles.take_any()) {
         const std::unique_ptr<Held> held{static_cast<Held*>(taken)};
         mine.inherited.push_back(std::move((*held)->connection));
     }
@@ -110,7 +110,7 @@ std::uint32_t lease_connection(std::string& why) {
     auto held = std::make_unique<Held>(std::move(lease));
     const std::lock_guard hold{mine.lock};
     mine.idle.reserve(kIdle);
-    const std::uint32_t handle = connection_handles().add(held.get());
+    const std::uint32_t handle = connection_handles.add(held.get());
     if (handle == 0) {
         why = "too many connections";
         return 0;
@@ -121,7 +121,7 @@ std::uint32_t lease_connection(std::string& why) {
 
 std::shared_ptr<Lease> find_connection(std::uint32_t handle) {
     const std::lock_guard hold{pool().lock};
-    const auto* held = static_cast<Held*>(connection_handles().find(handle));
+    const auto* held = static_cast<Held*>(connection_handles.find(handle));
     return held == nullptr ? nullptr : *held;
 }
 
@@ -129,7 +129,7 @@ void return_connection(std::uint32_t handle) noexcept {
     std::unique_ptr<Held> held;
     {
         const std::lock_guard hold{pool().lock};
-        held.reset(static_cast<Held*>(connection_handles().take(handle)));
+        held.reset(static_cast<Held*>(connection_handles.take(handle)));
     }
 }
 

@@ -36,9 +36,9 @@ void Rows::mark_empty(std::size_t column) {
     empty_.push_back((count_ - 1) * columns_ + column);
 }
 
-bool Rows::is_empty(std::size_t column) const noexcept {
+const std::uint32_t* Rows::sparse_cell(std::size_t column) const noexcept {
     const auto place = static_cast<std::size_t>(current_ - cells_.get()) + column;
-    return std::binary_search(empty_.begin(), empty_.end(), place);
+    return std::binary_search(empty_.begin(), empty_.end(), place) ? nullptr : current_ + column;
 }
 
 }  // namespace pwrmgt::vekdb

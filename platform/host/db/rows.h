@@ -38,12 +38,13 @@ public:
         // A negative column is a huge one here.
         const auto at = static_cast<std::size_t>(column);
         if (current_ == nullptr || at >= columns_) return nullptr;
-        if (!empty_.empty() && is_empty(at)) return nullptr;
+        if (!empty_.empty()) [[unlikely]]
+            return sparse_cell(at);
         return current_ + at;
     }
 
 private:
-    bool is_empty(std::size_t column) const noexcept;
+    const std::uint32_t* sparse_cell(std::size_t column) const noexcept;
 
     std::size_t columns_ = 0;
     std::size_t count_ = 0;

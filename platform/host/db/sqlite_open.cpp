@@ -155,7 +155,7 @@ SqliteHandle open_both(const OpenedFiles& files, std::string& why) {
         code = execute(
             db.get(),
             "PRAGMA main.synchronous=NORMAL; PRAGMA mem.synchronous=OFF;"
-            "PRAGMA main.cache_size=32; PRAGMA mem.cache_size=32;"
+            "PRAGMA main.cache_size=32; PRAGMA mem.cache_size=400;"
             "PRAGMA main.journal_size_limit=4194304; PRAGMA mem.journal_size_limit=4194304");
     }
     int persistent_version = 0;

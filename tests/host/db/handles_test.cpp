@@ -1,18 +1,21 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "db/handles.h"
 
+#include <memory>
+
 #include "database_test.h"
 
 namespace {
 
 using pwrmgt::vekdb::content_handles;
+using pwrmgt::vekdb::HandleSlots;
 using pwrmgt::vekdb::HandleTable;
 using pwrmgt::vekdb::Kind;
 using pwrmgt::vekdb::result_handles;
 
-// A table keeps its places for good, as those of the process do: hence the static ones.
 TEST(Handles, ZeroFindsNothingAlsoBesideAFreedPlace) {
-    static constinit HandleTable table{Kind::result};
+    auto table_slots = std::make_unique<HandleSlots>();
+    HandleTable table{Kind::result, *table_slots};
     int object = 0;
     table.take(table.add(&object));
 
@@ -20,7 +23,8 @@ TEST(Handles, ZeroFindsNothingAlsoBesideAFreedPlace) {
 }
 
 TEST(Handles, HandleOfAPlaceThatIsUsedAgainFindsNothing) {
-    static constinit HandleTable table{Kind::result};
+    auto table_slots = std::make_unique<HandleSlots>();
+    HandleTable table{Kind::result, *table_slots};
     int first = 0;
     int second = 0;
     const std::uint32_t stale = table.add(&first);
@@ -32,8 +36,10 @@ TEST(Handles, HandleOfAPlaceThatIsUsedAgainFindsNothing) {
 }
 
 TEST(Handles, HandleOfAnotherKindFindsNothing) {
-    static constinit HandleTable results{Kind::result};
-    static constinit HandleTable contents{Kind::content};
+    auto results_slots = std::make_unique<HandleSlots>();
+    HandleTable results{Kind::result, *results_slots};
+    auto contents_slots = std::make_unique<HandleSlots>();
+    HandleTable contents{Kind::content, *contents_slots};
     int object = 0;
     const std::uint32_t result = results.add(&object);
     contents.add(&object);
@@ -42,7 +48,8 @@ TEST(Handles, HandleOfAnotherKindFindsNothing) {
 }
 
 TEST(Handles, FullTableGivesZeroAndServesAgainAfterOneIsTaken) {
-    static constinit HandleTable table{Kind::result};
+    auto table_slots = std::make_unique<HandleSlots>();
+    HandleTable table{Kind::result, *table_slots};
     int object = 0;
     std::uint32_t last = 0;
     for (int i = 0; i < 4096; ++i)
@@ -55,7 +62,8 @@ TEST(Handles, FullTableGivesZeroAndServesAgainAfterOneIsTaken) {
 }
 
 TEST(Handles, ReleasesOfDeadHandlesAreCounted) {
-    static constinit HandleTable table{Kind::result};
+    auto table_slots = std::make_unique<HandleSlots>();
+    HandleTable table{Kind::result, *table_slots};
     int object = 0;
     const std::uint32_t handle = table.add(&object);
     table.take(handle);
@@ -68,7 +76,7 @@ TEST(Handles, ReleasesOfDeadHandlesAreCounted) {
 class HandedOut : public OpenDatabaseTest {};
 
 TEST_F(HandedOut, ResultFreedTwiceIsFreedOnce) {
-    const std::uint32_t before = result_handles().counts().live;
+    const std::uint32_t before = result_handles.counts().live;
     std::uint32_t first = 0;
     raw(db_, "select * from PowerPolicy", &first);
     vek_db_free_result(first);
@@ -78,7 +86,7 @@ TEST_F(HandedOut, ResultFreedTwiceIsFreedOnce) {
 
     EXPECT_EQ(vek_db_result_row_count(second), 0);
     vek_db_free_result(second);
-    EXPECT_EQ(result_handles().counts().live, before);
+    EXPECT_EQ(result_handles.counts().live, before);
 }
 
 TEST_F(HandedOut, ContentFreedTwiceIsFreedOnce) {
@@ -143,7 +151,7 @@ TEST_F(HandedOut, FourThousandResultsAreLiveAtOnceAndTheNextIsRefused) {
     EXPECT_EQ(result, 0u);
     for (const std::uint32_t each : results)
         vek_db_free_result(each);
-    EXPECT_EQ(result_handles().counts().live, 0u);
+    EXPECT_EQ(result_handles.counts().live, 0u);
 }
 
 }  // namespace
