@@ -32,6 +32,8 @@ inline Outcome fail(Exit exit, std::string error) {
 using Action = std::function<Outcome()>;
 
 void add_history(CLI::App& app, Action& chosen);
+void add_summary(CLI::App& app, Action& chosen);
+void add_cpu(CLI::App& app, Action& chosen);
 void add_realtime(CLI::App& app, Action& chosen);
 void add_policy(CLI::App& app, Action& chosen);
 

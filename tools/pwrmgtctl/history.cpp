@@ -8,6 +8,7 @@
 #include "command.h"
 #include "history_document.h"
 #include "history_request.h"
+#include "layout_options.h"
 #include "missing.h"
 #include "status_text.h"
 #include "timed.h"
@@ -37,12 +38,7 @@ struct Options {
     std::string domain = "system";
     uint32_t psu = 0;
     RequestOptions request;
-    bool json = false;
-    bool chart = false;
-    bool ascii = false;
-    bool local = false;
-    bool oldest_first = false;
-    bool timing = false;
+    LayoutOptions layout;
 };
 
 pwrmgt_pwr_domain domain_code(const std::string& name) {
@@ -73,15 +69,6 @@ std::vector<Value> values_of(const pwrmgt_hist_perf_sample_t& entry) {
             percent(entry.cpu_avg), percent(entry.mem_avg), percent(entry.io_avg)};
 }
 
-std::string document(const History& history, const Options& options) {
-    const Layout layout{options.local ? Zone::local : Zone::utc,
-                        options.oldest_first ? Order::oldest_first : Order::newest_first,
-                        options.timing ? Timing::on : Timing::off,
-                        options.ascii ? Charset::ascii : Charset::utf8};
-    if (options.json) return history_json(history, layout);
-    return options.chart ? history_chart(history, layout) : history_table(history, layout);
-}
-
 // Runs one query and shows it. All entries of a period are asked for and the newest ones kept: the
 // library's window shrinks with the count, so a smaller count would miss readings that lie a little
 // back.
@@ -109,7 +96,7 @@ Outcome show(const Options& options, Call call, const std::string& about, Histor
         if (history.available > wanted) continue;
         history.readings.push_back({entry.index, entry.timestamp, convert(entry)});
     }
-    return succeed(document(history, options));
+    return succeed(history_document(history, options.layout));
 }
 
 History history_of(std::string_view schema, std::string title, Json subject,
@@ -179,27 +166,12 @@ CLI::Validator one_of(std::vector<std::string> names) {
     return CLI::IsMember(std::move(names)).description("");
 }
 
-// The options that every history takes.
-void add_options(CLI::App& command, Options& options) {
-    add_request_options(command, options.request);
-    CLI::Option* json =
-        command.add_flag("--json", options.json, "One JSON document instead of a table");
-    CLI::Option* chart = command.add_flag("--chart", options.chart,
-                                          "A chart of the first column instead of a table");
-    command.add_flag("--ascii", options.ascii, "Draw the chart with ASCII characters")
-        ->needs(chart);
-    command.add_flag("--local", options.local, "Local time instead of UTC")->excludes(json);
-    command.add_flag("--oldest-first", options.oldest_first, "Oldest entry on top")
-        ->excludes(chart);
-    command.add_flag("--timing", options.timing, "Tell how long the query took");
-    json->excludes(chart);
-}
-
 CLI::App& add_command(CLI::App& family, Action& chosen, const char* name, const char* description,
                       Show run_it, std::shared_ptr<Options>& options) {
     CLI::App* command = family.add_subcommand(name, description);
     options = std::make_shared<Options>();
-    add_options(*command, *options);
+    add_request_options(*command, options->request);
+    add_layout_options(*command, options->layout);
     command->callback(
         [&chosen, options, run_it] { chosen = [options, run_it] { return run_it(*options); }; });
     return *command;

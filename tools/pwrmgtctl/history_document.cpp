@@ -9,6 +9,7 @@ namespace {
 
 std::string count_words(const History& history) {
     const size_t count = history.readings.size();
+    if (history.entry_s == 0) return std::to_string(count) + (count == 1 ? " row" : " rows");
     if (count < history.available) {
         return std::to_string(count) + " of " + std::to_string(history.available) + " entries of ";
     }
@@ -19,8 +20,8 @@ std::string headline(const History& history, const Layout& layout, std::string_v
     const std::string_view last = history.end_s == history.asked_at_s ? ", last " : ", ";
     return history.title + std::string(last) + span_text(history.period_s) + " up to " +
            time_text(history.end_s, layout.zone) + ": " + count_words(history) +
-           span_text(history.entry_s) + ", " + std::string(order) + "; database " +
-           working_database() + '\n';
+           (history.entry_s == 0 ? std::string() : span_text(history.entry_s)) + ", " +
+           std::string(order) + "; database " + working_database() + '\n';
 }
 
 std::string_view order_words(Order order) {
@@ -78,7 +79,7 @@ std::string history_json(const History& history, const Layout& layout) {
     document["schema"] = history.schema;
     document.update(history.subject);
     document["period_s"] = history.period_s;
-    document["entry_width_s"] = history.entry_s;
+    if (history.entry_s != 0) document["entry_width_s"] = history.entry_s;
     document["order"] = layout.order == Order::newest_first ? "newest_first" : "oldest_first";
     document["asked_at_s"] = history.asked_at_s;
     document["asked_at_utc"] = time_text(history.asked_at_s, Zone::utc);

@@ -37,7 +37,7 @@ struct History {
     std::vector<Reading> readings;
     size_t available;  // how many there were before only the newest were kept
     uint32_t period_s;
-    uint32_t entry_s;
+    uint32_t entry_s;  // 0: rows as they were stored
     int64_t asked_at_s;
     int64_t end_s;  // of the period: another time than asked_at_s in a window
     double query_ms;

@@ -58,6 +58,8 @@ Outcome run(int argc, const char* const* argv) {
     app.set_version_flag("--version", "pwrmgtctl " PWRMGTCTL_VERSION);
     app.require_subcommand(1);
     add_history(app, chosen);
+    add_summary(app, chosen);
+    add_cpu(app, chosen);
     add_realtime(app, chosen);
     add_policy(app, chosen);
     app.footer(kFooter);  // last: a family made after it would inherit it

@@ -16,6 +16,8 @@ enum class Call {
     history_psu,
     window_psu,
     history_performance,
+    summary,
+    cpu,
     realtime_stored,
     realtime_live,
     policy

@@ -20,7 +20,9 @@ namespace pwrmgt::tooltest {
 namespace {
 
 constexpr std::array kTables{"RealTimePowersMem",      "HistPowers24HrMem",   "HistPowers24Hr",
-                             "HistExtraPowers24HrMem", "HistExtraPowers24Hr", "PowerPolicy"};
+                             "HistExtraPowers24HrMem", "HistExtraPowers24Hr", "PowerPolicy",
+                             "HistCpuPowersMem",       "PsuPropertyMem",      "HistThermal24HrMem",
+                             "RealTimeThermalMem"};
 
 // Made before the first test and removed after the last one, so that the client's kept connections
 // stay valid.

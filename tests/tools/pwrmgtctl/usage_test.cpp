@@ -16,11 +16,10 @@ TEST_F(Usage, HelpTellsExitCodesAndExamples) {
 }
 
 TEST_F(Usage, EveryCommandHasHelpWithAnExample) {
-    const std::vector<std::vector<std::string>> commands{{"history", "power"},
-                                                         {"history", "psu"},
-                                                         {"history", "performance"},
-                                                         {"realtime"},
-                                                         {"policy"}};
+    const std::vector<std::vector<std::string>> commands{
+        {"history", "power"}, {"history", "psu"}, {"history", "performance"},
+        {"summary"},          {"cpu", "history"}, {"cpu", "latest"},
+        {"realtime"},         {"policy"}};
     for (std::vector<std::string> command : commands) {
         command.emplace_back("--help");
 
@@ -88,6 +87,17 @@ const Mistake kMistakes[] = {
     {{"history", "psu", "0"}, "N"},
     {{"history", "psu", "13"}, "N"},
     {{"history", "psu", "1", "2"}, "2"},
+    {{"summary"}, "--minutes is required"},
+    {{"summary", "--minutes", "0"}, "--minutes"},
+    {{"summary", "--minutes", "1441"}, "--minutes"},
+    {{"summary", "--minutes", "5", "--domain", "disk"}, "--domain"},
+    {{"summary", "--minutes", "5", "--domain", "psu", "--psu", "13"}, "--psu"},
+    {{"cpu"}, "A subcommand is required"},
+    {{"cpu", "history", "0"}, "N"},
+    {{"cpu", "history", "9"}, "N"},
+    {{"cpu", "history", "--rows", "0"}, "--rows"},
+    {{"cpu", "history", "--rows", "21"}, "--rows"},
+    {{"cpu", "latest", "--rows", "1"}, "--rows"},
     {{"realtime", "--chart"}, "--chart"},
     {{"policy", "rubbish"}, "rubbish"},
 };

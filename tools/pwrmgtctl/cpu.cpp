@@ -1,0 +1,136 @@
+// SPDX-License-Identifier: Apache-2.0
+// The command family `cpu`: average power of single processors, rows as they were stored.
+#include <array>
+#include <ctime>
+#include <memory>
+
+#include "command.h"
+#include "layout_options.h"
+#include "missing.h"
+#include "status_text.h"
+#include "timed.h"
+#include "vekdb_pwrmgt.h"
+
+namespace pwrmgt::pwrmgtctl {
+namespace {
+
+constexpr uint32_t kMaxRows = PWRMGT_MAX_CPU_ROWS;
+// The library looks back that far for each row asked for, and this much more.
+constexpr uint32_t kSecondsPerRow = 30;
+constexpr uint32_t kSlackSeconds = 90;
+
+// clang-format off
+constexpr std::array<Column, 8> kColumns{{
+    {"CPU 1 W", "cpu1", "avg_w"}, {"CPU 2 W", "cpu2", "avg_w"}, {"CPU 3 W", "cpu3", "avg_w"}, {"CPU 4 W", "cpu4", "avg_w"},
+    {"CPU 5 W", "cpu5", "avg_w"}, {"CPU 6 W", "cpu6", "avg_w"}, {"CPU 7 W", "cpu7", "avg_w"}, {"CPU 8 W", "cpu8", "avg_w"},
+}};
+// clang-format on
+
+struct Options {
+    std::string cpu = "all";
+    uint32_t rows = kMaxRows;
+    bool latest = false;
+    LayoutOptions layout;
+};
+
+// 1 to 8, or none for all.
+std::optional<uint32_t> chosen_cpu(const Options& options) {
+    if (options.cpu == "all") return std::nullopt;
+    return static_cast<uint32_t>(options.cpu.front() - '0');  // the parser accepts one digit only
+}
+
+uint32_t read_one(const Options& options, uint32_t cpu, std::vector<Reading>& readings) {
+    std::array<pwrmgt_hist_cpu_pwr_t, kMaxRows> rows{};
+    const uint32_t status = options.latest
+                                ? pwrmgt_get_latest_cpu_power(cpu, rows.data())
+                                : pwrmgt_get_history_cpu_power(cpu, rows.data(), options.rows);
+    if (status != 0) return status;
+    for (const pwrmgt_hist_cpu_pwr_t& row : rows) {
+        if (row.timestamp == 0) break;
+        readings.push_back({row.index, row.timestamp, {watts(row.cpu_pwr)}});
+    }
+    return 0;
+}
+
+uint32_t read_all(const Options& options, std::vector<Reading>& readings) {
+    std::array<pwrmgt_hist_entire_cpu_pwr_t, kMaxRows> rows{};
+    const uint32_t status = options.latest
+                                ? pwrmgt_get_latest_entire_cpu_power(rows.data())
+                                : pwrmgt_get_history_entire_cpu_power(rows.data(), options.rows);
+    if (status != 0) return status;
+    for (const pwrmgt_hist_entire_cpu_pwr_t& row : rows) {
+        if (row.timestamp == 0) break;
+        Reading reading{row.index, row.timestamp, {}};
+        for (const uint16_t power : row.cpu_pwr) {
+            reading.values.push_back(watts(power));
+        }
+        readings.push_back(std::move(reading));
+    }
+    return 0;
+}
+
+Outcome show(const Options& options) {
+    const std::optional<uint32_t> cpu = chosen_cpu(options);
+    if (options.layout.chart && !cpu) return fail(Exit::usage, "--chart requires one processor");
+    History history{};
+    history.schema = "pwrmgtctl.cpu/1";
+    history.title = cpu ? "Power of processor " + options.cpu : "Power of each processor";
+    history.subject = {{"cpu", cpu ? Json(*cpu) : Json("all")}};
+    history.columns = cpu ? std::span(kColumns).subspan(*cpu - 1, 1) : std::span(kColumns);
+    history.period_s = kSlackSeconds + kSecondsPerRow * (options.latest ? 1 : options.rows);
+    history.asked_at_s = history.end_s = std::time(nullptr);
+
+    const Timed done = timed([&] {
+        return cpu ? read_one(options, *cpu, history.readings)
+                   : read_all(options, history.readings);
+    });
+
+    if (done.status != 0) {
+        return explain(Call::cpu, done.status, "in the last " + span_text(history.period_s));
+    }
+    history.available = history.readings.size();
+    history.query_ms = done.query_ms;
+    return succeed(history_document(history, options.layout));
+}
+
+CLI::App& add_command(CLI::App& family, Action& chosen, const char* name, const char* description,
+                      const std::shared_ptr<Options>& options) {
+    CLI::App* command = family.add_subcommand(name, description);
+    command->add_option("N", options->cpu, "Processor number, 1 to 8, or all")
+        ->check(CLI::IsMember({"1", "2", "3", "4", "5", "6", "7", "8", "all"}).description(""))
+        ->type_name(" ")
+        ->capture_default_str();
+    command->callback([&chosen, options] { chosen = [options] { return show(*options); }; });
+    return *command;
+}
+
+}  // namespace
+
+void add_cpu(CLI::App& app, Action& chosen) {
+    CLI::App* family = app.add_subcommand("cpu", "Power of single processors");
+    family->require_subcommand(1);
+
+    const auto past = std::make_shared<Options>();
+    CLI::App& history = add_command(*family, chosen, "history", "The newest rows", past);
+    history.add_option("--rows", past->rows, "Rows to look for, 1 to 20")
+        ->check(CLI::Range(1U, kMaxRows).description(""))
+        ->type_name("N")
+        ->capture_default_str();
+    add_layout_options(history, past->layout);
+    history.footer(
+        "Examples:\n"
+        "  pwrmgtctl cpu history\n"
+        "  pwrmgtctl cpu history 2 --rows 10 --chart");
+
+    const auto newest = std::make_shared<Options>();
+    newest->latest = true;
+    CLI::App& latest =
+        add_command(*family, chosen, "latest", "The newest row of the last two minutes", newest);
+    CLI::Option* json =
+        latest.add_flag("--json", newest->layout.json, "One JSON document instead of a table");
+    latest.add_flag("--local", newest->layout.local, "Local time instead of UTC")->excludes(json);
+    latest.add_flag("--timing", newest->layout.timing, "Tell how long the query took");
+    latest.footer("Example:\n  pwrmgtctl cpu latest all --json | jq '.entries[0].cpu1.avg_w'");
+}
+
+}  // namespace pwrmgt::pwrmgtctl
