@@ -3,8 +3,8 @@
 #include <algorithm>
 #include <charconv>
 
-#include "firmware_sim.h"
-#include "sim_state_file.h"
+#include "ipmi/firmware_sim.h"
+#include "ipmi/sim_state_file.h"
 #include "simctl.h"
 
 namespace pwrmgt::ipmi::sim::ctl {

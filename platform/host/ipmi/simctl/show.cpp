@@ -6,7 +6,7 @@
 #include <ctime>
 #include <nlohmann/json.hpp>
 
-#include "sim_state_file.h"
+#include "ipmi/sim_state_file.h"
 #include "simctl.h"
 
 namespace pwrmgt::ipmi::sim::ctl {

@@ -8,7 +8,7 @@
 #include <string>
 #include <vector>
 
-#include "sim_state.h"
+#include "ipmi/sim_state.h"
 
 namespace pwrmgt::ipmi::sim::ctl {
 
