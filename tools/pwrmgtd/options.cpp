@@ -36,29 +36,28 @@ constexpr const char* kUntilText = "SECONDS or \"YYYY-MM-DD HH:MM:SS\" (UTC) or 
 void add_live_options(CLI::App& app, Options& options) {
     static const std::map<std::string, SourceKind> kSources{{"firmware", SourceKind::firmware},
                                                             {"trace", SourceKind::trace}};
-    auto* const trace =
-        app.add_option("--trace", options.trace_file, "CSV file that --source trace plays")
-            ->type_name("FILE");
-    app.add_option("--source", options.source,
-                   "Where readings come from: firmware (over IPMI, the default) or trace")
-        ->transform(CLI::CheckedTransformer(kSources))
+    app.add_option_function<std::string>(
+           "--source", [&options](const std::string& name) { options.source = kSources.at(name); },
+           "Where readings come from: firmware (over IPMI, the default) or trace")
+        ->check(CLI::IsMember(kSources).description(""))
         ->type_name("SOURCE");
-    trace->expected(1);
+    app.add_option("--trace", options.trace_file, "CSV file that --source trace plays")
+        ->type_name("FILE");
     app.add_option("--sample-interval", options.rhythm.sample_interval_s,
                    "Seconds between readings, 1 to 30")
-        ->check(CLI::Range(1, 30))
+        ->check(CLI::Range(1, 30).description(""))
         ->type_name("SECONDS")
         ->capture_default_str();
     app.add_option("--persist-every", options.rhythm.persist_slots,
                    "Rows between saves, 1 to 2880; a power cut loses at most these")
-        ->check(CLI::Range(1, static_cast<int>(PWRMGT_RING_SLOTS)))
+        ->check(CLI::Range(1, static_cast<int>(PWRMGT_RING_SLOTS)).description(""))
         ->type_name("ROWS")
         ->capture_default_str();
     app.add_option(
            "--redundancy-mode", options.redundancy_mode,
            "Supply redundancy mode, 0 to 4, of a policy that is not stored yet; the library's "
            "default otherwise")
-        ->check(CLI::Range(0, 4))
+        ->check(CLI::Range(0, 4).description(""))
         ->type_name("MODE");
 }
 

@@ -70,6 +70,7 @@ TEST(Options, WrongOnesAreUsageErrors) {
                                                {"--persist-every", "2881"},
                                                {"--redundancy-mode", "5"},
                                                {"--source", "oracle"},
+                                               {"--source", "0"},
                                                {"--source", "trace"},
                                                {"--trace", "f"},
                                                {"--until", "now"},

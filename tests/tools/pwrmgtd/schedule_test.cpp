@@ -1,10 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "schedule.h"
-
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "stand_ins.h"
+#include "schedule_fixture.h"
 
 namespace pwrmgt::pwrmgtd::test {
 namespace {
@@ -13,34 +11,6 @@ using testing::ElementsAre;
 using testing::IsEmpty;
 using testing::Pair;
 using testing::SizeIs;
-
-constexpr std::int64_t kNoon = 1748952000;  // 2025-06-03 12:00:00, slot 1440
-
-class ScheduleTest : public testing::Test {
-protected:
-    // Runs a daemon from one second to another on the tables as they are.
-    bool run(SimulatedClock& clock, Rhythm rhythm) {
-        return Schedule({clock, source, tables, log}, rhythm).run();
-    }
-    bool run(std::int64_t from_s, std::int64_t to_s, Rhythm rhythm) {
-        SimulatedClock clock(from_s, to_s);
-        return run(clock, rhythm);
-    }
-
-    // One row with a reading per stamp, stored and saved.
-    void store(std::int64_t stamp_s) {
-        SlotReadings readings;
-        readings.add(system_reading(1));
-        tables.working.insert({stamp_s, readings.sample()});
-        tables.persistent.insert({stamp_s, readings.sample()});
-    }
-
-    MemoryTables tables;
-    CollectingLog log;
-    // Power is the second within the slot, so every row of whole slots averages 14.
-    ScriptedSource source{
-        [](std::int64_t now_s) { return system_reading(static_cast<std::uint16_t>(now_s % 30)); }};
-};
 
 TEST_F(ScheduleTest, EverySecondBecomesTheRealTimeRow) {
     run(kNoon, kNoon + 3, {});
@@ -122,116 +92,6 @@ TEST_F(ScheduleTest, AnEndWithoutNewRowsSavesNothing) {
     run(kNoon, kNoon + 20, {});
 
     EXPECT_THAT(tables.saves, IsEmpty());
-}
-
-TEST_F(ScheduleTest, MissedSlotsAreRecordedAsEmpty) {
-    SimulatedClock clock(kNoon, kNoon + 180);
-    clock.set_at(kNoon + 45, kNoon + 130);
-
-    run(clock, {});
-
-    EXPECT_THAT(tables.stamps(),
-                ElementsAre(kNoon, kNoon + 30, kNoon + 60, kNoon + 90, kNoon + 120, kNoon + 150));
-    EXPECT_EQ(tables.watts_at(kNoon + 30), 7);
-    EXPECT_EQ(tables.watts_at(kNoon + 60), 65535);
-    EXPECT_EQ(tables.watts_at(kNoon + 90), 65535);
-    EXPECT_NE(tables.watts_at(kNoon + 120), 65535);
-    EXPECT_EQ(log.count("2 missed slots"), 1U);
-}
-
-TEST_F(ScheduleTest, ALeapOfDaysLeavesNoMoreThanADayOfEmptySlots) {
-    SimulatedClock clock(kNoon, kNoon + 10 * 86400 + 30);
-    clock.set_at(kNoon + 45, kNoon + 10 * 86400);
-
-    run(clock, {});
-
-    EXPECT_EQ(tables.stamps().front(), kNoon + 9 * 86400 + 30);
-    EXPECT_THAT(tables.stamps(), SizeIs(2880));
-}
-
-TEST_F(ScheduleTest, AStepBackRecordsNoStampTwice) {
-    SimulatedClock clock(kNoon, kNoon + 120);
-    clock.set_at(kNoon + 70, kNoon + 20);
-
-    run(clock, {});
-
-    EXPECT_THAT(tables.stamps(), ElementsAre(kNoon, kNoon + 30, kNoon + 60, kNoon + 90));
-    EXPECT_EQ(log.count("recording waits"), 1U);
-    EXPECT_EQ(log.count("works again"), 1U);
-}
-
-TEST_F(ScheduleTest, AStepBackDropsTheReadingsOfTheOpenSlot) {
-    SimulatedClock clock(kNoon, kNoon + 120);
-    clock.set_at(kNoon + 89, kNoon + 20);
-
-    run(clock, {});
-
-    EXPECT_EQ(tables.watts_at(kNoon + 60), 14);
-}
-
-TEST_F(ScheduleTest, ReadingsStayLiveWhileRecordingWaits) {
-    SimulatedClock clock(kNoon, kNoon + 25);
-    clock.set_at(kNoon + 70, kNoon + 20);
-
-    run(clock, {});
-
-    ASSERT_THAT(tables.shown, SizeIs(75));
-    EXPECT_EQ(tables.shown.back().first, kNoon + 24);
-}
-
-TEST_F(ScheduleTest, AStepBackWithinTheSlotGoesUnnoticed) {
-    SimulatedClock clock(kNoon, kNoon + 60);
-    clock.set_at(kNoon + 20, kNoon + 5);
-
-    run(clock, {});
-
-    EXPECT_THAT(tables.stamps(), ElementsAre(kNoon, kNoon + 30));
-    EXPECT_THAT(log.lines, IsEmpty());
-}
-
-TEST_F(ScheduleTest, AStepBackOverADayStartsOver) {
-    SimulatedClock clock(kNoon + 30 * 86400, kNoon + 60);
-    clock.set_at(kNoon + 30 * 86400 + 70, kNoon);
-    store(kNoon - 60);
-
-    run(clock, {});
-
-    EXPECT_THAT(tables.stamps(), ElementsAre(kNoon, kNoon + 30));
-    EXPECT_EQ(log.count("the clock went back"), 1U);
-}
-
-TEST_F(ScheduleTest, AStepBackOfADayWaits) {
-    SimulatedClock clock(kNoon + 86400, kNoon + 60);
-    clock.set_at(kNoon + 86400 + 70, kNoon + 30);
-
-    run(clock, {});
-
-    EXPECT_THAT(tables.stamps(), ElementsAre(kNoon + 86400, kNoon + 86400 + 30));
-}
-
-TEST_F(ScheduleTest, AClockThatIsNotSetRecordsNothing) {
-    run(100, 200, {});
-
-    EXPECT_THAT(tables.stamps(), IsEmpty());
-    EXPECT_THAT(tables.shown, SizeIs(100));
-    EXPECT_EQ(log.count("cannot be right"), 1U);
-}
-
-TEST_F(ScheduleTest, AClockThatIsSetLaterCostsNothingOfTheHistory) {
-    store(kNoon - 60);
-    SimulatedClock clock(100, kNoon + 60);
-    clock.set_at(200, kNoon);
-
-    run(clock, {});
-
-    EXPECT_THAT(tables.stamps(), ElementsAre(kNoon - 60, kNoon - 30, kNoon, kNoon + 30));
-}
-
-TEST_F(ScheduleTest, TheLastSecondThatTheTablesHoldEndsRecording) {
-    run(2147483620, 2147483680, {});
-
-    EXPECT_THAT(tables.stamps(), ElementsAre(2147483610));
-    EXPECT_EQ(log.count("cannot be right"), 1U);
 }
 
 TEST_F(ScheduleTest, ARestartGoesOnAfterTheNewestRow) {
