@@ -15,8 +15,8 @@ namespace pwrmgt::pwrmgtd {
 using Watts = std::optional<std::uint16_t>;
 using Percent = std::optional<std::uint8_t>;
 
-// Supplies that a row of the main history has room for.
-inline constexpr std::size_t kMainSupplies = 4;
+inline constexpr std::size_t kSupplies = PWRMGT_MAX_PSU;
+inline constexpr std::size_t kCpus = 8;
 
 struct SupplyReading {
     Watts ac_w;
@@ -28,7 +28,8 @@ struct Reading {
     Watts sys_dc_w;
     Watts cpu_w;
     Watts mem_w;
-    std::array<SupplyReading, kMainSupplies> supplies;  // place 0 is supply 1
+    std::array<SupplyReading, kSupplies> supplies;  // place 0 is supply 1
+    std::array<Watts, kCpus> each_cpu_w;            // place 0 is processor 1
     Percent sys_pct;
     Percent cpu_pct;
     Percent mem_pct;

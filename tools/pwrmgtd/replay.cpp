@@ -22,7 +22,7 @@ std::vector<Row> replay_rows(const trace::Trace& trace, const ReplayPlan& plan) 
         for (std::int64_t t_s = stamp_s; t_s < stamp_s + kSlot_s; ++t_s) {
             readings.add(reading_of(trace.reading_at(t_s - plan.shift_s)));
         }
-        rows.push_back({stamp_s, readings.sample()});
+        rows.push_back(readings.row(stamp_s));
     }
     return rows;
 }

@@ -91,7 +91,7 @@ void Schedule::queue_slots_before(std::int64_t slot_s, std::int64_t now_s) {
     stamp_s = std::max(stamp_s, oldest_kept(now_s));
     for (; stamp_s < slot_s; stamp_s += kSlot_s) {
         const bool has_readings = open_s_ == stamp_s;
-        queued_.push_back({stamp_s, (has_readings ? readings_ : none).sample()});
+        queued_.push_back((has_readings ? readings_ : none).row(stamp_s));
         newest_s_ = stamp_s;
         if (!has_readings) ++missed;
     }

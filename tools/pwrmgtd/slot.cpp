@@ -2,6 +2,7 @@
 #include "slot.h"
 
 #include <algorithm>
+#include <iterator>
 
 namespace pwrmgt::pwrmgtd {
 namespace {
@@ -62,9 +63,12 @@ void SlotReadings::add(const Reading& reading) {
     }
     add_known(cpu_, reading.cpu_w);
     add_known(mem_, reading.mem_w);
-    for (std::size_t i = 0; i < kMainSupplies; ++i) {
+    for (std::size_t i = 0; i < kSupplies; ++i) {
         add_known(supplies_[i].ac, reading.supplies[i].ac_w);
         add_known(supplies_[i].dc, reading.supplies[i].dc_w);
+    }
+    for (std::size_t i = 0; i < kCpus; ++i) {
+        add_known(each_cpu_[i], reading.each_cpu_w[i]);
     }
     add_known(sys_pct_, reading.sys_pct);
     add_known(cpu_pct_, reading.cpu_pct);
@@ -78,7 +82,7 @@ pwrmgt_hist_sample_t SlotReadings::sample() const {
     put_second_group(sample.system, triple(sys_ac_));
     put_first_group(sample.cpu, triple(cpu_));
     put_first_group(sample.memory, triple(mem_));
-    for (std::size_t i = 0; i < kMainSupplies; ++i) {
+    for (std::size_t i = 0; i < std::size(sample.psu); ++i) {
         sample.psu[i].avg_ac = triple(supplies_[i].ac).avg;
         sample.psu[i].avg_dc = triple(supplies_[i].dc).avg;
     }
@@ -90,6 +94,19 @@ pwrmgt_hist_sample_t SlotReadings::sample() const {
     sample.perf.mem_avg = low8(triple(mem_pct_).avg);
     sample.perf.io_avg = low8(triple(io_pct_).avg);
     return sample;
+}
+
+Row SlotReadings::row(std::int64_t stamp_s) const {
+    Row row{stamp_s, sample(), {}, {}};
+    const std::size_t first_extra = std::size(row.sample.psu);
+    for (std::size_t i = 0; i < std::size(row.extra.psu); ++i) {
+        row.extra.psu[i].avg_ac = triple(supplies_[first_extra + i].ac).avg;
+        row.extra.psu[i].avg_dc = triple(supplies_[first_extra + i].dc).avg;
+    }
+    for (std::size_t i = 0; i < kCpus; ++i) {
+        row.each_cpu_w[i] = triple(each_cpu_[i]).avg;
+    }
+    return row;
 }
 
 }  // namespace pwrmgt::pwrmgtd

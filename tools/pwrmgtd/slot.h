@@ -48,14 +48,25 @@ private:
     std::uint16_t min_ = 0;
 };
 
+// One slot as it goes into the three power histories. Without a reading every value is missing.
+struct Row {
+    std::int64_t stamp_s;
+    pwrmgt_hist_sample_t sample;
+    pwrmgt_hist_extra_sample_t extra;  // supplies 5 to 12
+    std::array<std::uint16_t, kCpus> each_cpu_w;
+};
+
 // Gathers the readings of one slot.
 class SlotReadings {
 public:
     void add(const Reading& reading);
 
-    // What goes into the row. A quantity that no reading held is missing; without any reading this
-    // is an empty sample.
+    // What goes into the main history. A quantity that no reading held is missing; without any
+    // reading this is an empty sample.
     pwrmgt_hist_sample_t sample() const;
+
+    // What goes into all histories, stamped with the start of the slot.
+    Row row(std::int64_t stamp_s) const;
 
 private:
     struct Supply {
@@ -67,17 +78,12 @@ private:
     Spread sys_ac_;
     Spread cpu_;
     Spread mem_;
-    std::array<Supply, kMainSupplies> supplies_;
+    std::array<Supply, kSupplies> supplies_;
+    std::array<Spread, kCpus> each_cpu_;
     Spread sys_pct_;
     Spread cpu_pct_;
     Spread mem_pct_;
     Spread io_pct_;
-};
-
-// One row of the power history before it is written.
-struct Row {
-    std::int64_t stamp_s;
-    pwrmgt_hist_sample_t sample;
 };
 
 }  // namespace pwrmgt::pwrmgtd

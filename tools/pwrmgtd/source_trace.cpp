@@ -10,7 +10,7 @@ Reading reading_of(const trace::Reading* row) {
     reading.sys_dc_w = row->system_dc_w;
     reading.cpu_w = row->cpu_w;
     reading.mem_w = row->mem_w;
-    for (std::size_t i = 0; i < kMainSupplies; ++i) {
+    for (std::size_t i = 0; i < kSupplies; ++i) {
         reading.supplies[i] = {row->supplies[i].ac_in_w, row->supplies[i].dc_out_w};
     }
     reading.sys_pct = row->sys_pct;

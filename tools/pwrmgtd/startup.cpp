@@ -60,6 +60,12 @@ bool start_power_history(const Startup& start) {
     return true;
 }
 
+bool start_extra_history(const Startup& start) {
+    const std::uint32_t status = pwrmgt_init_hist_extra_table(
+        start.tables.connection(), static_cast<std::int32_t>(start.now_s));
+    return note_status(start.log, "pwrmgt_init_hist_extra_table", status);
+}
+
 bool start_power_policy(const Startup& start) {
     constexpr std::uint32_t kNotABlade = 0;
     pwrmgt_power_policy_t policy{};
@@ -76,6 +82,7 @@ bool start_power_policy(const Startup& start) {
 constexpr std::array kSteps{
     Step{save_left_over_slots, Need::optional},
     Step{start_power_history, Need::required},
+    Step{start_extra_history, Need::optional},
     Step{start_power_policy, Need::optional},
 };
 

@@ -14,7 +14,7 @@ struct Meaning {
 };
 
 // clang-format off
-constexpr std::array<Meaning, 22> kMeanings{{
+constexpr std::array<Meaning, 34> kMeanings{{
     {"pwrmgt_init_hist_table",          1,  "no database connection"},
     {"pwrmgt_init_hist_table",          6,  "old rows could not be trimmed, or the working table not emptied"},
     {"pwrmgt_init_hist_table",          4,  "the saved history could not be copied to the working table"},
@@ -37,6 +37,18 @@ constexpr std::array<Meaning, 22> kMeanings{{
     {"saved rows",                      1,  "not every slot arrived in the persistent table"},
     {"saved rows",                      3,  "the tables could not be compared"},
     {"newest row",                      3,  "the history table could not be queried"},
+    {"saved extra rows",                1,  "not every slot arrived in the persistent table"},
+    {"saved extra rows",                3,  "the tables could not be compared"},
+    {"saving supplies 5 to 12",         4,  "a slot could not be deleted or copied"},
+    {"pwrmgt_init_hist_extra_table",    1,  "no database connection"},
+    {"pwrmgt_init_hist_extra_table",    6,  "old rows could not be trimmed, or the working table not emptied"},
+    {"pwrmgt_update_hist_extra_table",  1,  "no database connection, or a time outside 32 bits"},
+    {"pwrmgt_update_hist_extra_table",  7,  "no memory for the row"},
+    {"pwrmgt_cleanup_extra_hist_mem_table", 1, "no database connection"},
+    {"pwrmgt_cleanup_extra_hist_mem_table", 6, "old rows could not be trimmed"},
+    {"pwrmgt_update_cpu_pwr_hist_table", 1, "no database connection"},
+    {"pwrmgt_update_cpu_pwr_hist_table", 7, "no memory for the row"},
+    {"pwrmgt_cleanup_cpu_pwr_hist_table", 6, "old rows could not be trimmed"},
 }};
 // clang-format on
 

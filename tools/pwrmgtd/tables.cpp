@@ -12,6 +12,7 @@ namespace pwrmgt::pwrmgtd {
 namespace {
 
 constexpr int kRowReady = 9;
+constexpr std::int64_t kCpuHistory_s = 600;
 
 // A result of the database client, handed back in the end.
 class Rows {
@@ -77,15 +78,35 @@ bool DatabaseTables::show(const Reading& reading, std::int64_t now_s) {
         pwrmgt_update_realtime_table(connection_, row, static_cast<std::uint32_t>(now_s)));
 }
 
+// A row of the main history counts; the others follow it, and what they refuse is in the log.
+bool DatabaseTables::append_one(const Row& row) {
+    const auto stamp_s = static_cast<std::int32_t>(row.stamp_s);
+    const std::uint16_t slot = slot_number(row.stamp_s);
+    if (!note_status(log_, "pwrmgt_update_hist_table",
+                     pwrmgt_update_hist_table(connection_, slot, stamp_s, row.sample))) {
+        return false;
+    }
+    note_status(log_, "pwrmgt_update_hist_extra_table",
+                pwrmgt_update_hist_extra_table(connection_, slot, stamp_s, row.extra));
+    return true;
+}
+
+void DatabaseTables::append_cpus(const Row& row) {
+    pwrmgt_cpu_pwr_sample_t sample{};
+    sample.id = slot_number(row.stamp_s);
+    sample.timestamp = static_cast<std::uint32_t>(row.stamp_s);
+    std::copy(row.each_cpu_w.begin(), row.each_cpu_w.end(), sample.cpu_w);
+    note_status(log_, "pwrmgt_update_cpu_pwr_hist_table",
+                pwrmgt_update_cpu_pwr_hist_table(connection_, sample));
+}
+
 std::size_t DatabaseTables::append(std::span<const Row> rows) {
     // One transaction where the database has them: a day of missed slots is one write, not 2880.
     const bool together = rows.size() > 1 && statement("BEGIN");
     std::size_t done = 0;
     for (const Row& row : rows) {
-        const auto stamp_s = static_cast<std::int32_t>(row.stamp_s);
-        const std::uint32_t status =
-            pwrmgt_update_hist_table(connection_, slot_number(row.stamp_s), stamp_s, row.sample);
-        if (!note_status(log_, "pwrmgt_update_hist_table", status)) break;
+        if (!append_one(row)) break;
+        if (row.stamp_s > rows.back().stamp_s - kCpuHistory_s) append_cpus(row);
         ++done;
     }
     if (!together) return done;
@@ -96,9 +117,38 @@ std::size_t DatabaseTables::append(std::span<const Row> rows) {
 }
 
 bool DatabaseTables::trim(std::int64_t now_s) {
-    return note_status(
-        log_, "pwrmgt_cleanup_hist_mem_table",
-        pwrmgt_cleanup_hist_mem_table(connection_, static_cast<std::int32_t>(now_s)));
+    const auto now = static_cast<std::int32_t>(now_s);
+    const bool extra = note_status(log_, "pwrmgt_cleanup_extra_hist_mem_table",
+                                   pwrmgt_cleanup_extra_hist_mem_table(connection_, now));
+    const bool cpus = note_status(
+        log_, "pwrmgt_cleanup_cpu_pwr_hist_table",
+        pwrmgt_cleanup_cpu_pwr_hist_table(connection_, static_cast<std::uint32_t>(now_s)));
+    return note_status(log_, "pwrmgt_cleanup_hist_mem_table",
+                       pwrmgt_cleanup_hist_mem_table(connection_, now)) &&
+           extra && cpus;
+}
+
+// Slot by slot, as the library saves the main history: its own save of this table copies every row
+// above a slot number, on a wrapped ring yesterday's with it, and a stamp that stands twice hides
+// all older rows.
+bool DatabaseTables::save_extra(std::int64_t first_s, std::int64_t last_s) {
+    bool saved = true;
+    for (std::int64_t stamp_s = first_s; stamp_s <= last_s; stamp_s += kSlot_s) {
+        const std::string this_slot = " where _id=" + std::to_string(slot_number(stamp_s));
+        saved &= statement(std::string("delete from ") + kPersistentExtra + this_slot);
+        saved &= statement(std::string("insert into ") + kPersistentExtra + " select * from " +
+                           kWorkingExtra + this_slot);
+    }
+    return note_status(log_, "saving supplies 5 to 12", saved ? 0 : 4);
+}
+
+// The statuses tell of the last slot only.
+bool DatabaseTables::is_saved(const char* what, const char* working, const char* persistent,
+                              const std::string& range) {
+    const int wanted = count(working, range);
+    const int there = count(persistent, range);
+    const bool readable = wanted >= 0 && there >= 0;
+    return note_status(log_, what, !readable ? 3 : there >= wanted ? 0 : 1);
 }
 
 bool DatabaseTables::save(std::int64_t first_s, std::int64_t last_s) {
@@ -108,17 +158,15 @@ bool DatabaseTables::save(std::int64_t first_s, std::int64_t last_s) {
     const std::uint32_t status = pwrmgt_update_hist_persist_db(connection_, slot_number(first_s),
                                                                static_cast<std::uint32_t>(slots));
     bool saved = note_status(log_, "pwrmgt_update_hist_persist_db", status);
+    saved &= save_extra(first_s, last_s);
     if (together && !statement("COMMIT")) {
         statement("ROLLBACK");
         saved = false;
     }
-    // The status tells of the last slot only.
     const std::string range = within(first_s, last_s);
-    const int wanted = count(kWorkingHistory, range);
-    const int there = count(kPersistentHistory, range);
-    const bool readable = wanted >= 0 && there >= 0;
-    const bool complete = note_status(log_, "saved rows", !readable ? 3 : there >= wanted ? 0 : 1);
-    return saved && complete;
+    const bool main_there = is_saved("saved rows", kWorkingHistory, kPersistentHistory, range);
+    const bool extra_there = is_saved("saved extra rows", kWorkingExtra, kPersistentExtra, range);
+    return saved && main_there && extra_there;
 }
 
 bool DatabaseTables::read_newest(std::optional<std::int64_t>& stamp_s) {
@@ -131,10 +179,13 @@ bool DatabaseTables::read_newest(std::optional<std::int64_t>& stamp_s) {
 
 bool DatabaseTables::remove_from(std::int64_t first_s) {
     const std::string filter = "Timestamp>=" + std::to_string(first_s);
-    const int working = vek_db_delete(connection_, kWorkingHistory, filter.c_str());
-    const int persistent = vek_db_delete(connection_, kPersistentHistory, filter.c_str());
-    log_.state("removing replaced rows", working == 0 && persistent == 0 ? "" : "refused");
-    return working == 0 && persistent == 0;
+    bool removed = true;
+    for (const char* table :
+         {kWorkingHistory, kPersistentHistory, kWorkingExtra, kPersistentExtra, kCpuHistory}) {
+        removed &= vek_db_delete(connection_, table, filter.c_str()) == 0;
+    }
+    log_.state("removing replaced rows", removed ? "" : "refused");
+    return removed;
 }
 
 std::optional<DatabaseTables::Extent> DatabaseTables::extent(const char* table) {
@@ -158,10 +209,9 @@ int DatabaseTables::count(const char* table, const std::string& filter) {
     return rows.count();
 }
 
-bool DatabaseTables::statement(const char* sql) {
-    const std::string_view text(sql);
-    return vek_db_raw_query(connection_, sql, static_cast<std::uint32_t>(text.size()), nullptr) ==
-           0;
+bool DatabaseTables::statement(const std::string& sql) {
+    return vek_db_raw_query(connection_, sql.c_str(), static_cast<std::uint32_t>(sql.size()),
+                            nullptr) == 0;
 }
 
 }  // namespace pwrmgt::pwrmgtd

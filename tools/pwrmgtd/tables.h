@@ -25,15 +25,15 @@ public:
     // Makes `reading` the real-time row.
     virtual bool show(const Reading& reading, std::int64_t now_s) = 0;
 
-    // Appends rows to the working history, in order, up to the first that fails. Returns how many
-    // are in.
+    // Appends rows to the working histories, in order, up to the first that the main one refuses.
+    // Returns how many are in.
     virtual std::size_t append(std::span<const Row> rows) = 0;
 
-    // Drops what is older than a day, or not before `now_s`.
+    // Drops what is older than a day (processors: 600 seconds), or not before `now_s`.
     virtual bool trim(std::int64_t now_s) = 0;
 
-    // Copies the slots from `first_s` to `last_s` to the persistent history, at most a day of them;
-    // true when all of them are there.
+    // Copies the slots from `first_s` to `last_s` to the persistent histories, at most a day of
+    // them; true when all of them are there.
     virtual bool save(std::int64_t first_s, std::int64_t last_s) = 0;
 
     // The newest stamp of the working history, nothing when that is empty. False when it cannot be
@@ -56,7 +56,7 @@ public:
     bool save(std::int64_t first_s, std::int64_t last_s) override;
     bool read_newest(std::optional<std::int64_t>& stamp_s) override;
 
-    // Deletes the rows stamped `first_s` or later, working and persistent.
+    // Deletes the rows stamped `first_s` or later from every power history.
     bool remove_from(std::int64_t first_s);
 
     // Stamps of the rows at either end of a table, and their number. Nothing when the table cannot
@@ -72,7 +72,12 @@ public:
     int count(const char* table, const std::string& filter);
 
 private:
-    bool statement(const char* sql);
+    bool statement(const std::string& sql);
+    bool append_one(const Row& row);
+    void append_cpus(const Row& row);
+    bool save_extra(std::int64_t first_s, std::int64_t last_s);
+    bool is_saved(const char* what, const char* working, const char* persistent,
+                  const std::string& range);
 
     Log& log_;
     std::uint32_t connection_ = 0;
@@ -80,5 +85,8 @@ private:
 
 inline constexpr const char* kWorkingHistory = "HistPowers24HrMem";
 inline constexpr const char* kPersistentHistory = "HistPowers24Hr";
+inline constexpr const char* kWorkingExtra = "HistExtraPowers24HrMem";
+inline constexpr const char* kPersistentExtra = "HistExtraPowers24Hr";
+inline constexpr const char* kCpuHistory = "HistCpuPowersMem";
 
 }  // namespace pwrmgt::pwrmgtd

@@ -63,7 +63,7 @@ protected:
     static Row row(std::int64_t stamp_s, std::uint16_t watts) {
         SlotReadings readings;
         readings.add(system_reading(watts));
-        return {stamp_s, readings.sample()};
+        return readings.row(stamp_s);
     }
 
     TempFile place_;
