@@ -115,6 +115,7 @@ TEST_F(Buckets, SumWrapsIn16Bits) {
 }
 
 TEST_F(Buckets, NumberOfReadingsIsDividedBySignedIn16Bits) {
+    platform().quiet = true;
     std::vector<Row> rows(32768, {590, 1, 1, 0});
     rows[0][3] = -32768;
 
@@ -124,6 +125,7 @@ TEST_F(Buckets, NumberOfReadingsIsDividedBySignedIn16Bits) {
 }
 
 TEST_F(Buckets, ReadingsThatCountAsMinusOneTurnTheSumAround) {
+    platform().quiet = true;
     std::vector<Row> rows(65535, {590, 1, 1, 0});
     rows[0][3] = -32768;
     walk(rows);
@@ -137,6 +139,7 @@ TEST_F(Buckets, ReadingsThatCountAsMinusOneTurnTheSumAround) {
 }
 
 TEST_F(Buckets, ReadingsThatWrapToNoneLeaveTheSumAsTheAverage) {
+    platform().quiet = true;
     std::vector<Row> rows(65536, {590, 1, 1, 1});
     rows[0][3] = 5;
 
