@@ -72,6 +72,21 @@ def expected_rows(path, until):
     return rows
 
 
+def expected_extra_rows(path, until):
+    """{stamp: (_id, AC and DC of supplies 5 to 12)} of the replay of a file with twelve supplies."""
+    with open(path, newline="", encoding="utf-8") as file:
+        readings = [(int(row["epoch_s"]), [whole(row[f"psu{n}_{side}"]) for n in range(5, 13)
+                                           for side in ("ac_in_W", "dc_out_W")]) for row in csv.DictReader(file)]
+    spoken = seconds_of_trace(readings)
+    shift = until // 30 * 30 - 30 - readings[-1][0] // 30 * 30
+    rows = {}
+    for stamp in expected_rows(path, until):
+        slot = moments(spoken, range(stamp - shift, stamp - shift + 30))
+        columns = [[moment[at] for moment in slot] for at in range(16)]
+        rows[stamp] = (stamp % 86400 // 30, *(sum(c) // len(c) if c else NO_W for c in columns))
+    return rows
+
+
 def moments(spoken, seconds):
     return [spoken[second] for second in seconds if second in spoken]
 
@@ -94,13 +109,23 @@ def row_of(moments_of_slot):
 
 
 def fold(rows, now, period, fold_entry):
-    """The 120 entries of a period: rows of the window, walked back from the newest one in steps of 30 seconds."""
+    """The 120 entries of a period."""
     period_s, per_entry = PERIODS[period]
-    oldest = (now - period_s) // 60 * 60 + period_s // 120
-    window = {stamp: values for stamp, values in rows.items() if oldest <= stamp <= now}
+    return fold_span(rows, (now - period_s) // 60 * 60 + period_s // 120, now, (120, per_entry), fold_entry)
+
+
+def fold_window(rows, end, minutes, per_entry, fold_entry):
+    """The entries of a window that the caller places."""
+    return fold_span(rows, (end - 60 * minutes) // 30 * 30, end, (2 * minutes // per_entry, per_entry), fold_entry)
+
+
+def fold_span(rows, oldest, newest, shape, fold_entry):
+    """Rows of a span, walked back from the newest one in steps of 30 seconds; entries beyond the last row are left out."""
+    count, per_entry = shape
+    window = {stamp: values for stamp, values in rows.items() if oldest <= stamp <= newest}
     newest, end = max(window), min(window)
     entries = []
-    for index in range(120):
+    for index in range(count):
         stamps = [newest - 30 * slot for slot in range(index * per_entry, (index + 1) * per_entry)]
         stamps = [stamp for stamp in stamps if stamp >= end]
         if not stamps:

@@ -38,6 +38,7 @@ class WayTest(unittest.TestCase):
         self.place = Path(tempfile.mkdtemp(prefix="pwrmgtd-way-"))
         self.addCleanup(shutil.rmtree, self.place)
         self.state, self.runtime = self.place / "state", self.place / "run"
+        self.properties = None  # a file of the test's own
         # Made here, so that a database client that runs as root and one that does not find the same.
         self.state.mkdir(mode=0o700)
         self.runtime.mkdir(mode=0o700)
@@ -46,6 +47,8 @@ class WayTest(unittest.TestCase):
         """`clock`: seconds to stand still at, or ("seconds to start at", factor to run faster by), or None: real time."""
         kept = {k: v for k, v in os.environ.items() if not k.startswith(("VEKDB_", "FAKETIME"))}
         kept |= {"VEKDB_STATE_DIR": str(self.state), "VEKDB_RUNTIME_DIR": str(self.runtime), "TZ": "UTC"}
+        if self.properties is not None:
+            kept["VEKDB_PROPS"] = str(self.properties)
         if clock is None:
             return kept
         kept |= {"LD_PRELOAD": FAKETIME, "FAKETIME_DONT_FAKE_MONOTONIC": "1", "NO_FAKE_STAT": "1"}
@@ -75,14 +78,14 @@ class WayTest(unittest.TestCase):
         self.assertEqual(run.returncode, 0, f"{arguments}: {run.stderr}")
         return json.loads(run.stdout)
 
-    def rows(self, table):
+    def rows(self, table, columns=None):
         """{stamp: (_id, values...)} of a history table; a stamp that stands twice is a failure."""
         directory, name = (self.runtime, "vek_pwr_db-mem.sqlite") if table.endswith("Mem") else \
             (self.state, "vek_pwr_db.sqlite")
         connection = sqlite3.connect(directory / name, timeout=30)
         try:
             found = connection.execute(
-                f"SELECT Timestamp, _id, {', '.join(HISTORY_COLUMNS)} FROM {table} ORDER BY Timestamp").fetchall()
+                f"SELECT Timestamp, _id, {', '.join(columns or HISTORY_COLUMNS)} FROM {table} ORDER BY Timestamp").fetchall()
         finally:
             connection.close()
         rows = {row[0]: row[1:] for row in found}
