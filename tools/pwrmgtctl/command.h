@@ -34,6 +34,9 @@ using Action = std::function<Outcome()>;
 void add_history(CLI::App& app, Action& chosen);
 void add_summary(CLI::App& app, Action& chosen);
 void add_cpu(CLI::App& app, Action& chosen);
+void add_psu(CLI::App& app, Action& chosen);
+void add_redundancy(CLI::App& app, Action& chosen);
+void add_power(CLI::App& app, Action& chosen);
 void add_realtime(CLI::App& app, Action& chosen);
 void add_policy(CLI::App& app, Action& chosen);
 

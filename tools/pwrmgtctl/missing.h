@@ -24,6 +24,16 @@ inline Value wide_percent(uint16_t stored) {
     return stored >= PWRMGT_NO_PERCENT ? Value{} : Value{stored};
 }
 
+// A byte of the supply table.
+inline Value supply_byte(uint8_t stored) {
+    return stored == PWRMGT_PSU_UNKNOWN ? Value{} : Value{stored};
+}
+
+// Power that the supplies can deliver: a redundancy mode that their layout does not know leaves 0.
+inline Value available_watts(uint32_t told) {
+    return told == 0 || told == PWRMGT_NO_POWER ? Value{} : Value{told};
+}
+
 // A byte that says a mode; 255 is one that was never set.
 inline Value mode(uint8_t stored) {
     return percent(stored);

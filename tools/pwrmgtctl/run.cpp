@@ -62,6 +62,9 @@ Outcome run(int argc, const char* const* argv) {
     add_cpu(app, chosen);
     add_realtime(app, chosen);
     add_policy(app, chosen);
+    add_psu(app, chosen);
+    add_redundancy(app, chosen);
+    add_power(app, chosen);
     app.footer(kFooter);  // last: a family made after it would inherit it
     try {
         app.parse(argc, argv);

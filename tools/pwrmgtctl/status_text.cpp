@@ -21,6 +21,11 @@ constexpr std::string_view kNotOpened = "the database did not open";
 constexpr std::string_view kQuery = "the database query failed";
 constexpr std::string_view kClock = "the clock does not show a time after 1970";
 constexpr std::string_view kNothing = "no reading recorded {}";
+constexpr std::string_view kNoPolicy = "no power policy is stored";
+constexpr std::string_view kNoBlade = "not offered on this platform, or on a blade";
+constexpr std::string_view kMemory = "no row could be prepared for the database";
+constexpr std::string_view kSupplies =
+    "the supplies cannot be told: not readable, none healthy, or the weakest one's label not known";
 
 // clang-format off
 constexpr std::array kCauses{
@@ -60,7 +65,44 @@ constexpr std::array kCauses{
     Cause{Call::realtime_live,       31, Exit::failure,     "the exchange with the firmware failed"},
     Cause{Call::policy,              2,  Exit::failure,     kNotOpened},
     Cause{Call::policy,              3,  Exit::failure,     kQuery},
-    Cause{Call::policy,              8,  Exit::no_data,     "no power policy is stored"},
+    Cause{Call::policy,              8,  Exit::no_data,     kNoPolicy},
+    Cause{Call::psus, 2, Exit::failure, kNotOpened},
+    Cause{Call::psus, 3, Exit::failure, kQuery},
+    Cause{Call::psus, 8, Exit::no_data, "no supply bay or no power policy is stored"},
+    Cause{Call::psus, 10, Exit::unsupported, kNoBlade},
+    Cause{Call::psus, 17, Exit::no_data, "no supply is present, or none is healthy"},
+    Cause{Call::psu_voltage, 3, Exit::no_data, "{} is empty"},
+    Cause{Call::psu_voltage, 19, Exit::usage, "the machine has no bay for {}"},
+    Cause{Call::psu_voltage, 31, Exit::no_data, "the voltage class of {} is not known"},
+    Cause{Call::redundancy_get, 2, Exit::failure, kNotOpened},
+    Cause{Call::redundancy_get, 3, Exit::failure, kQuery},
+    Cause{Call::redundancy_get, 8, Exit::no_data, kNoPolicy},
+    Cause{Call::redundancy_get, 10, Exit::unsupported, kNoBlade},
+    Cause{Call::redundancy_set, 2, Exit::failure, kNotOpened},
+    Cause{Call::redundancy_set, 3, Exit::failure, kQuery},
+    Cause{Call::redundancy_set, 5, Exit::failure, "the policy row could not be updated"},
+    Cause{Call::redundancy_set, 7, Exit::failure, kMemory},
+    Cause{Call::redundancy_set, 8, Exit::no_data, kNoPolicy},
+    Cause{Call::redundancy_set, 10, Exit::unsupported, kNoBlade},
+    Cause{Call::redundancy_auto, 2, Exit::failure, kNotOpened},
+    Cause{Call::redundancy_auto, 3, Exit::failure, kQuery},
+    Cause{Call::redundancy_auto, 5, Exit::failure, "the policy row could not be updated"},
+    Cause{Call::redundancy_auto, 7, Exit::failure, kMemory},
+    Cause{Call::redundancy_auto, 8, Exit::no_data, kNoPolicy},
+    Cause{Call::redundancy_auto, 10, Exit::unsupported, "not offered on this platform or on a blade, or the mode of the hardware is not allowed"},
+    Cause{Call::redundancy_auto, 17, Exit::no_data, kSupplies},
+    Cause{Call::redundancy_not_allowed, 10, Exit::unsupported, "redundancy mode {} is not allowed on this machine"},
+    Cause{Call::redundancy_unset, 10, Exit::no_data, "no redundancy mode is stored"},
+    Cause{Call::available, 2, Exit::failure, kNotOpened},
+    Cause{Call::available, 3, Exit::failure, kQuery},
+    Cause{Call::available, 8, Exit::no_data, kNoPolicy},
+    Cause{Call::available, 10, Exit::unsupported, "not offered on this platform, on a blade, or in the stored redundancy mode"},
+    Cause{Call::available, 17, Exit::no_data, kSupplies},
+    Cause{Call::available, 31, Exit::no_data, "the rated-power file holds no number"},
+    Cause{Call::capping_ranges, 2, Exit::failure, kNotOpened},
+    Cause{Call::capping_ranges, 3, Exit::failure, kQuery},
+    Cause{Call::capping_ranges, 8, Exit::no_data, kNoPolicy},
+    Cause{Call::capping_ranges, 10, Exit::unsupported, kUnsupported},
 };
 // clang-format on
 

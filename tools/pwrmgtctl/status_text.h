@@ -20,7 +20,16 @@ enum class Call {
     cpu,
     realtime_stored,
     realtime_live,
-    policy
+    policy,
+    psus,
+    psu_voltage,
+    redundancy_get,
+    redundancy_set,
+    redundancy_auto,
+    redundancy_not_allowed,
+    redundancy_unset,
+    available,
+    capping_ranges
 };
 
 // The failure that `status` is for this call; `about` says what was asked for where the cause has a

@@ -30,6 +30,20 @@ TEST(Missing, ModeNeverSetIsMissing) {
     EXPECT_EQ(mode(15), Value{15});
 }
 
+TEST(Missing, SupplyByte15IsUnknownAnd14And16AreValues) {
+    EXPECT_EQ(supply_byte(15), Value{});
+    EXPECT_EQ(supply_byte(14), Value{14});
+    EXPECT_EQ(supply_byte(16), Value{16});
+    EXPECT_EQ(supply_byte(0), Value{0});
+}
+
+TEST(Missing, AvailablePowerOf0Or65535IsNotKnown) {
+    EXPECT_EQ(available_watts(0), Value{});
+    EXPECT_EQ(available_watts(65535), Value{});
+    EXPECT_EQ(available_watts(1), Value{1});
+    EXPECT_EQ(available_watts(65536), Value{65536});
+}
+
 TEST(Missing, SecondMeanIsShownWhenItsMaximumIsAReading) {
     EXPECT_EQ(second_mean(300, 310), Value{300});
     EXPECT_EQ(second_mean(310, 310), Value{310});

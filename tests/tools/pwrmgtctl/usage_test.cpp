@@ -16,10 +16,13 @@ TEST_F(Usage, HelpTellsExitCodesAndExamples) {
 }
 
 TEST_F(Usage, EveryCommandHasHelpWithAnExample) {
+    // clang-format off
     const std::vector<std::vector<std::string>> commands{
-        {"history", "power"}, {"history", "psu"}, {"history", "performance"},
-        {"summary"},          {"cpu", "history"}, {"cpu", "latest"},
-        {"realtime"},         {"policy"}};
+        {"history", "power"}, {"history", "psu"}, {"history", "performance"}, {"summary"}, {"cpu", "history"},
+        {"cpu", "latest"}, {"realtime"}, {"policy"}, {"psu", "list"}, {"psu", "voltage"}, {"redundancy", "get"},
+        {"redundancy", "set"}, {"redundancy", "auto"}, {"power", "available"}, {"capping", "ranges"},
+    };
+    // clang-format on
     for (std::vector<std::string> command : commands) {
         command.emplace_back("--help");
 
@@ -99,6 +102,15 @@ const Mistake kMistakes[] = {
     {{"cpu", "history", "--rows", "21"}, "--rows"},
     {{"cpu", "latest", "--rows", "1"}, "--rows"},
     {{"realtime", "--chart"}, "--chart"},
+    {{"psu", "voltage"}, "N is required"},
+    {{"psu", "voltage", "0"}, "N"},
+    {{"psu", "voltage", "13"}, "N"},
+    {{"redundancy", "set"}, "MODE is required"},
+    {{"redundancy", "set", "5"}, "MODE"},
+    {{"redundancy", "auto", "0"}, "HWCONFIG"},
+    {{"redundancy", "auto", "4"}, "HWCONFIG"},
+    {{"power"}, "A subcommand is required"},
+    {{"capping", "ranges", "--ac"}, "--ac"},
     {{"policy", "rubbish"}, "rubbish"},
 };
 // clang-format on
