@@ -37,6 +37,7 @@ void add_cpu(CLI::App& app, Action& chosen);
 void add_psu(CLI::App& app, Action& chosen);
 void add_redundancy(CLI::App& app, Action& chosen);
 void add_power(CLI::App& app, Action& chosen);
+void add_thermal(CLI::App& app, Action& chosen);
 void add_realtime(CLI::App& app, Action& chosen);
 void add_policy(CLI::App& app, Action& chosen);
 

@@ -34,6 +34,19 @@ inline Value available_watts(uint32_t told) {
     return told == 0 || told == PWRMGT_NO_POWER ? Value{} : Value{told};
 }
 
+// A sensor group's triple: what was not read is -1 in all three, or 0xFF bytes, which are the same.
+inline std::optional<pwrmgt_therm_triple_t> degrees(const pwrmgt_therm_triple_t& stored) {
+    if (stored.max == -1 && stored.avg == -1 && stored.min == -1) return std::nullopt;
+    return stored;
+}
+
+// What a caller puts where the library may write nothing: no sensor reads it.
+inline constexpr int16_t kNoTemperature = INT16_MIN;
+
+inline std::optional<int32_t> temperature(int16_t stored) {
+    return stored == kNoTemperature ? std::nullopt : std::optional<int32_t>(stored);
+}
+
 // A byte that says a mode; 255 is one that was never set.
 inline Value mode(uint8_t stored) {
     return percent(stored);

@@ -65,6 +65,7 @@ Outcome run(int argc, const char* const* argv) {
     add_psu(app, chosen);
     add_redundancy(app, chosen);
     add_power(app, chosen);
+    add_thermal(app, chosen);
     app.footer(kFooter);  // last: a family made after it would inherit it
     try {
         app.parse(argc, argv);

@@ -103,6 +103,11 @@ constexpr std::array kCauses{
     Cause{Call::capping_ranges, 3, Exit::failure, kQuery},
     Cause{Call::capping_ranges, 8, Exit::no_data, kNoPolicy},
     Cause{Call::capping_ranges, 10, Exit::unsupported, kUnsupported},
+    Cause{Call::thermal_history, 2, Exit::failure, kNotOpened},
+    Cause{Call::thermal_history, 3, Exit::failure, kQuery},
+    Cause{Call::thermal_history, 8, Exit::no_data, "no temperature recorded in the span"},
+    Cause{Call::thermal_realtime, 2, Exit::failure, kNotOpened},
+    Cause{Call::thermal_realtime, 3, Exit::failure, kQuery},
 };
 // clang-format on
 

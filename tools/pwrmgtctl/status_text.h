@@ -29,7 +29,9 @@ enum class Call {
     redundancy_not_allowed,
     redundancy_unset,
     available,
-    capping_ranges
+    capping_ranges,
+    thermal_history,
+    thermal_realtime
 };
 
 // The failure that `status` is for this call; `about` says what was asked for where the cause has a

@@ -44,6 +44,19 @@ TEST(Missing, AvailablePowerOf0Or65535IsNotKnown) {
     EXPECT_EQ(available_watts(65536), Value{65536});
 }
 
+TEST(Missing, TripleOfMinusOneIsNoReadingAndOneWithAnotherNumberIs) {
+    EXPECT_FALSE(degrees({-1, -1, -1}).has_value());
+    EXPECT_TRUE(degrees({0, -1, -1}).has_value());
+    EXPECT_TRUE(degrees({-1, -1, -2}).has_value());
+    EXPECT_TRUE(degrees({0, 0, 0}).has_value());
+}
+
+TEST(Missing, TemperatureOfMinusOneIsAReading) {
+    EXPECT_EQ(temperature(-1), -1);
+    EXPECT_EQ(temperature(-32767), -32767);
+    EXPECT_EQ(temperature(kNoTemperature), std::nullopt);
+}
+
 TEST(Missing, SecondMeanIsShownWhenItsMaximumIsAReading) {
     EXPECT_EQ(second_mean(300, 310), Value{300});
     EXPECT_EQ(second_mean(310, 310), Value{310});

@@ -100,6 +100,11 @@ const Case kCases[] = {
     {Call::capping_ranges, 2, Exit::failure, "the database did not open (status 2)"},
     {Call::capping_ranges, 3, Exit::failure, "the database query failed (status 3)"},
     {Call::capping_ranges, 8, Exit::no_data, "no power policy is stored (status 8)"},
+    {Call::thermal_history, 2, Exit::failure, "the database did not open (status 2)"},
+    {Call::thermal_history, 3, Exit::failure, "the database query failed (status 3)"},
+    {Call::thermal_history, 8, Exit::no_data, "no temperature recorded in the span (status 8)"},
+    {Call::thermal_realtime, 2, Exit::failure, "the database did not open (status 2)"},
+    {Call::thermal_realtime, 3, Exit::failure, "the database query failed (status 3)"},
     {Call::capping_ranges, 10, Exit::unsupported, "power management is not offered on this platform (status 10)"},
 };
 // clang-format on

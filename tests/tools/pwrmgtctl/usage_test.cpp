@@ -21,6 +21,7 @@ TEST_F(Usage, EveryCommandHasHelpWithAnExample) {
         {"history", "power"}, {"history", "psu"}, {"history", "performance"}, {"summary"}, {"cpu", "history"},
         {"cpu", "latest"}, {"realtime"}, {"policy"}, {"psu", "list"}, {"psu", "voltage"}, {"redundancy", "get"},
         {"redundancy", "set"}, {"redundancy", "auto"}, {"power", "available"}, {"capping", "ranges"},
+        {"thermal", "history"}, {"thermal", "realtime"},
     };
     // clang-format on
     for (std::vector<std::string> command : commands) {
@@ -111,6 +112,12 @@ const Mistake kMistakes[] = {
     {{"redundancy", "auto", "4"}, "HWCONFIG"},
     {{"power"}, "A subcommand is required"},
     {{"capping", "ranges", "--ac"}, "--ac"},
+    {{"thermal", "history", "--entries", "0"}, "--entries"},
+    {{"thermal", "history", "--entries", "1441"}, "--entries"},
+    {{"thermal", "history", "--minutes", "1441"}, "--minutes"},
+    {{"thermal", "history", "--minutes", "60", "--minutes-per-entry", "13"}, "--minutes-per-entry"},
+    {{"thermal", "history", "--minutes", "60", "--period", "1h"}, "--period"},
+    {{"thermal", "history", "--end", "now"}, "--minutes"},
     {{"policy", "rubbish"}, "rubbish"},
 };
 // clang-format on
