@@ -14,6 +14,7 @@ namespace pwrmgt::pwrmgtd {
 
 using Watts = std::optional<std::uint16_t>;
 using Percent = std::optional<std::uint8_t>;
+using Celsius = std::optional<std::int16_t>;
 
 inline constexpr std::size_t kSupplies = PWRMGT_MAX_PSU;
 inline constexpr std::size_t kCpus = 8;
@@ -34,6 +35,9 @@ struct Reading {
     Percent cpu_pct;
     Percent mem_pct;
     Percent io_pct;
+    Celsius ambient_c;
+    Celsius exhaust_c;
+    std::array<Celsius, kCpus> each_cpu_c;  // place 0 is processor 1
 };
 
 inline std::uint16_t stored(const Watts& watts) {

@@ -24,6 +24,9 @@ ReplayPlan plan_replay(const trace::Trace& trace, std::int64_t until_s);
 // The rows of the planned slots, one per slot.
 std::vector<Row> replay_rows(const trace::Trace& trace, const ReplayPlan& plan);
 
+// Records the temperatures of each whole minute of the planned slots.
+bool record_minutes(const trace::Trace& trace, const ReplayPlan& plan, DatabaseTables& tables);
+
 // Replaces everything from the first planned slot on, saves it, and makes the trace's last row the
 // real-time row. False when a step failed; the log says which.
 bool replay(const trace::Trace& trace, const ReplayPlan& plan, std::int64_t until_s,

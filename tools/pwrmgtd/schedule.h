@@ -28,12 +28,6 @@ struct Station {
     Log& log;
 };
 
-// Times that the tables can hold and trim. The clock of a controller without a battery starts at
-// the epoch; trimming by it would cost the whole history.
-constexpr bool is_recordable(std::int64_t now_s) {
-    return now_s > kDay_s && now_s <= INT32_MAX;
-}
-
 class Schedule {
 public:
     // The tables have been started and hold what was saved.

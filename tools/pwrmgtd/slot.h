@@ -32,6 +32,12 @@ constexpr std::int64_t oldest_kept(std::int64_t now_s) {
     return slot_start(now_s - kDay_s + kSlot_s - 1);
 }
 
+// Times that the tables can hold and trim. The clock of a controller without a battery starts at
+// the epoch; trimming by it would cost the whole history.
+constexpr bool is_recordable(std::int64_t now_s) {
+    return now_s > kDay_s && now_s <= INT32_MAX;
+}
+
 // What one quantity did in a slot. Values are at most 65534 and come once a second.
 class Spread {
 public:

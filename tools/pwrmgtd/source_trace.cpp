@@ -17,6 +17,9 @@ Reading reading_of(const trace::Reading* row) {
     reading.cpu_pct = row->cpu_pct;
     reading.mem_pct = row->mem_pct;
     reading.io_pct = row->io_pct;
+    reading.ambient_c = row->ambient_c;
+    reading.exhaust_c = row->exhaust_c;
+    reading.each_cpu_c = row->cpu_c;
     return reading;
 }
 

@@ -66,6 +66,10 @@ bool start_extra_history(const Startup& start) {
     return note_status(start.log, "pwrmgt_init_hist_extra_table", status);
 }
 
+bool start_thermal_history(const Startup& start) {
+    return start.tables.start_temperatures();
+}
+
 bool start_power_policy(const Startup& start) {
     constexpr std::uint32_t kNotABlade = 0;
     pwrmgt_power_policy_t policy{};
@@ -80,9 +84,8 @@ bool start_power_policy(const Startup& start) {
 
 // In this order; a subsystem that gets tables adds its step here.
 constexpr std::array kSteps{
-    Step{save_left_over_slots, Need::optional},
-    Step{start_power_history, Need::required},
-    Step{start_extra_history, Need::optional},
+    Step{save_left_over_slots, Need::optional}, Step{start_power_history, Need::required},
+    Step{start_extra_history, Need::optional},  Step{start_thermal_history, Need::optional},
     Step{start_power_policy, Need::optional},
 };
 

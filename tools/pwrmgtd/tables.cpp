@@ -52,7 +52,7 @@ std::string within(std::int64_t first_s, std::int64_t last_s) {
 
 }  // namespace
 
-DatabaseTables::DatabaseTables(Log& log) : log_(log) {}
+DatabaseTables::DatabaseTables(Log& log) : log_(log), temperatures_(log) {}
 
 DatabaseTables::~DatabaseTables() {
     if (connection_ != 0) vek_db_close(connection_);
@@ -60,6 +60,7 @@ DatabaseTables::~DatabaseTables() {
 
 bool DatabaseTables::open() {
     if (connection_ == 0) connection_ = pwrmgt_get_db_handle();
+    temperatures_.resume(connection_, 0);
     return note_status(log_, "pwrmgt_get_db_handle", connection_ == 0 ? 1 : 0);
 }
 
@@ -73,6 +74,7 @@ bool DatabaseTables::show(const Reading& reading, std::int64_t now_s) {
     row.cpu_pct = stored(reading.cpu_pct);
     row.mem_pct = stored(reading.mem_pct);
     row.io_pct = stored(reading.io_pct);
+    if (is_recordable(now_s)) temperatures_.take(reading, now_s);
     return note_status(
         log_, "pwrmgt_update_realtime_table",
         pwrmgt_update_realtime_table(connection_, row, static_cast<std::uint32_t>(now_s)));
@@ -123,6 +125,7 @@ bool DatabaseTables::trim(std::int64_t now_s) {
     const bool cpus = note_status(
         log_, "pwrmgt_cleanup_cpu_pwr_hist_table",
         pwrmgt_cleanup_cpu_pwr_hist_table(connection_, static_cast<std::uint32_t>(now_s)));
+    trim_temperatures(now_s);
     return note_status(log_, "pwrmgt_cleanup_hist_mem_table",
                        pwrmgt_cleanup_hist_mem_table(connection_, now)) &&
            extra && cpus;
@@ -163,10 +166,39 @@ bool DatabaseTables::save(std::int64_t first_s, std::int64_t last_s) {
         statement("ROLLBACK");
         saved = false;
     }
+    saved &= save_temperatures();
     const std::string range = within(first_s, last_s);
     const bool main_there = is_saved("saved rows", kWorkingHistory, kPersistentHistory, range);
     const bool extra_there = is_saved("saved extra rows", kWorkingExtra, kPersistentExtra, range);
     return saved && main_there && extra_there;
+}
+
+bool DatabaseTables::save_temperatures() {
+    return note_status(log_, "thermal_save_hist_mem_table",
+                       thermal_save_hist_mem_table(connection_));
+}
+
+// A clock that went back took the records of the future with it.
+void DatabaseTables::trim_temperatures(std::int64_t now_s) {
+    note_status(log_, "thermal_cleanup_hist_mem_table",
+                thermal_cleanup_hist_mem_table(connection_));
+    if (temperatures_.newest_s() <= now_s) return;
+    const std::optional<Extent> history = extent(kWorkingThermal);
+    if (history) temperatures_.resume(connection_, history->newest_s);
+}
+
+// What an earlier run left unsaved is saved before the working table is filled afresh.
+bool DatabaseTables::start_temperatures() {
+    const bool saved = save_temperatures();
+    const bool started = note_status(log_, "thermal_init_thermal_hist_table",
+                                     thermal_init_thermal_hist_table(connection_));
+    const std::optional<Extent> history = extent(kWorkingThermal);
+    temperatures_.resume(connection_, history ? history->newest_s : 0);
+    return saved && started && history;
+}
+
+bool DatabaseTables::record_temperatures(const Reading& reading, std::int64_t minute_s) {
+    return temperatures_.record(reading, minute_s);
 }
 
 bool DatabaseTables::read_newest(std::optional<std::int64_t>& stamp_s) {
@@ -180,11 +212,12 @@ bool DatabaseTables::read_newest(std::optional<std::int64_t>& stamp_s) {
 bool DatabaseTables::remove_from(std::int64_t first_s) {
     const std::string filter = "Timestamp>=" + std::to_string(first_s);
     bool removed = true;
-    for (const char* table :
-         {kWorkingHistory, kPersistentHistory, kWorkingExtra, kPersistentExtra, kCpuHistory}) {
+    for (const char* table : {kWorkingHistory, kPersistentHistory, kWorkingExtra, kPersistentExtra,
+                              kCpuHistory, kWorkingThermal, kPersistentThermal}) {
         removed &= vek_db_delete(connection_, table, filter.c_str()) == 0;
     }
     log_.state("removing replaced rows", removed ? "" : "refused");
+    temperatures_.resume(connection_, 0);
     return removed;
 }
 

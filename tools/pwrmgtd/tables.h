@@ -12,6 +12,7 @@
 #include "log.h"
 #include "reading.h"
 #include "slot.h"
+#include "temperatures.h"
 
 namespace pwrmgt::pwrmgtd {
 
@@ -22,7 +23,8 @@ public:
     Tables(const Tables&) = delete;
     Tables& operator=(const Tables&) = delete;
 
-    // Makes `reading` the real-time row.
+    // Makes `reading` the real-time row and the latest temperatures, and records the temperatures
+    // once a minute.
     virtual bool show(const Reading& reading, std::int64_t now_s) = 0;
 
     // Appends rows to the working histories, in order, up to the first that the main one refuses.
@@ -56,6 +58,12 @@ public:
     bool save(std::int64_t first_s, std::int64_t last_s) override;
     bool read_newest(std::optional<std::int64_t>& stamp_s) override;
 
+    // Brings the thermal tables in order; called once, before the first reading.
+    bool start_temperatures();
+
+    // Records the temperatures of a minute of the past.
+    bool record_temperatures(const Reading& reading, std::int64_t minute_s);
+
     // Deletes the rows stamped `first_s` or later from every power history.
     bool remove_from(std::int64_t first_s);
 
@@ -73,6 +81,8 @@ public:
 
 private:
     bool statement(const std::string& sql);
+    bool save_temperatures();
+    void trim_temperatures(std::int64_t now_s);
     bool append_one(const Row& row);
     void append_cpus(const Row& row);
     bool save_extra(std::int64_t first_s, std::int64_t last_s);
@@ -81,12 +91,15 @@ private:
 
     Log& log_;
     std::uint32_t connection_ = 0;
+    Temperatures temperatures_;
 };
 
 inline constexpr const char* kWorkingHistory = "HistPowers24HrMem";
 inline constexpr const char* kPersistentHistory = "HistPowers24Hr";
 inline constexpr const char* kWorkingExtra = "HistExtraPowers24HrMem";
 inline constexpr const char* kPersistentExtra = "HistExtraPowers24Hr";
+inline constexpr const char* kWorkingThermal = "HistThermal24HrMem";
+inline constexpr const char* kPersistentThermal = "HistThermal24Hr";
 inline constexpr const char* kCpuHistory = "HistCpuPowersMem";
 
 }  // namespace pwrmgt::pwrmgtd
