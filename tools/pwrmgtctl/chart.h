@@ -1,9 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
-// A small chart of text: bars from zero, time from left to right, entries without a reading left
+// A small chart of text: bars upwards, time from left to right, entries without a reading left
 // blank.
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -13,9 +14,12 @@ namespace pwrmgt::pwrmgtctl {
 
 enum class Charset { utf8, ascii };
 
+// Watts and percentages are never below zero, degrees may be.
+using ChartValue = std::optional<int32_t>;
+
 struct ChartPoint {
     uint32_t timestamp_s;
-    Value value;
+    ChartValue value;
 };
 
 struct ChartStyle {

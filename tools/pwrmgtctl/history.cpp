@@ -75,8 +75,9 @@ std::vector<Value> values_of(const pwrmgt_hist_perf_sample_t& entry) {
 template <class Entry, class Query, class Convert>
 Outcome show(const Options& options, Call call, const std::string& about, History history,
              const Query& query, const Convert& convert) {
-    const auto [request, mistake] = resolve(options.request, std::time(nullptr));
-    if (!mistake.empty()) return fail(Exit::usage, mistake);
+    const Resolved resolved = resolve(options.request, std::time(nullptr));
+    if (!resolved.mistake.empty()) return fail(Exit::usage, resolved.mistake);
+    const Request& request = resolved.request;
     std::vector<Entry> entries(request.room());
     uint32_t count = request.room();
 

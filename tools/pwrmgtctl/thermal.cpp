@@ -32,6 +32,9 @@ struct Options {
     int32_t minutes = 0;  // 0: by period
     int32_t minutes_per_entry = 1;
     bool json = false;
+    bool chart = false;
+    bool ascii = false;
+    std::string sensor;
     bool local = false;
     bool timing = false;
 };
@@ -107,7 +110,13 @@ Outcome show_history(const Options& options) {
     }
     answer.query_ms = done.query_ms;
     fill_times(answer.samples, asked.span);
-    const ThermalLayout layout{options.local ? Zone::local : Zone::utc, options.timing};
+    const ThermalLayout layout{options.local ? Zone::local : Zone::utc, options.timing,
+                               options.ascii ? Charset::ascii : Charset::utf8};
+    if (options.chart) {
+        const std::optional<std::string> chart = thermal_chart(answer, layout, options.sensor);
+        return chart ? succeed(*chart)
+                     : fail(Exit::no_data, "no reading of " + options.sensor + " in the span");
+    }
     return succeed(options.json ? thermal_json(answer, layout) : thermal_table(answer, layout));
 }
 
@@ -196,8 +205,17 @@ void add_span_options(CLI::App& command, Options& options) {
         ->type_name("N")
         ->capture_default_str()
         ->needs(minutes);
-    command.add_flag("--local", options.local, "Local time instead of UTC")
-        ->excludes(command.get_option("--json"));
+    CLI::Option* json = command.get_option("--json");
+    CLI::Option* chart =
+        command.add_flag("--chart", options.chart, "A chart of one sensor instead of a table")
+            ->excludes(json);
+    command.add_option("--sensor", options.sensor, "The chart's sensor, such as cpu2 or exhaust1")
+        ->check(CLI::IsMember(sensor_names()).description(""))
+        ->type_name("SENSOR")
+        ->needs(chart);
+    command.add_flag("--ascii", options.ascii, "Draw the chart with ASCII characters")
+        ->needs(chart);
+    command.add_flag("--local", options.local, "Local time instead of UTC")->excludes(json);
 }
 
 }  // namespace
@@ -212,6 +230,7 @@ void add_thermal(CLI::App& app, Action& chosen) {
     history.footer(
         "Examples:\n"
         "  pwrmgtctl thermal history --period 6h --entries 12\n"
+        "  pwrmgtctl thermal history --period 24h --chart --sensor cpu2\n"
         "  pwrmgtctl thermal history --end now --minutes 60 --minutes-per-entry 5 --json");
     add_command(*family, chosen, "realtime", "The latest temperatures", show_realtime,
                 std::make_shared<Options>())

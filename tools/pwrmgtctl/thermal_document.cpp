@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cctype>
 #include <optional>
 #include <span>
 
@@ -39,6 +40,18 @@ struct Sensor {
     }
 };
 
+std::string title_of(const Sensor& sensor) {
+    return sensor.group->heading + ' ' + std::to_string(sensor.place + 1);
+}
+
+// As it is typed.
+std::string name_of(const Sensor& sensor) {
+    std::string name = sensor.group->heading + std::to_string(sensor.place + 1);
+    std::transform(name.begin(), name.end(), name.begin(),
+                   [](unsigned char letter) { return static_cast<char>(std::tolower(letter)); });
+    return name;
+}
+
 std::vector<Sensor> sensors_of(const std::vector<pwrmgt_therm_sample_t>& samples) {
     std::vector<Sensor> sensors;
     for (const Group& group : kGroups) {
@@ -57,6 +70,12 @@ std::string triple_text(const std::optional<pwrmgt_therm_triple_t>& triple) {
     if (!triple) return "-";
     return std::to_string(triple->min) + "/" + std::to_string(triple->avg) + "/" +
            std::to_string(triple->max);
+}
+
+std::string headline(const std::string& title, const ThermalHistory& history, Zone zone) {
+    return title + ", " + span_text(history.span.length_s) + " up to " +
+           time_text(history.span.end_s, zone) + ": " + std::to_string(history.samples.size()) +
+           " entries of " + span_text(history.span.entry_s);
 }
 
 Json triple_json(const std::optional<pwrmgt_therm_triple_t>& triple) {
@@ -80,7 +99,7 @@ std::string thermal_table(const ThermalHistory& history, const ThermalLayout& la
     const std::vector<Sensor> sensors = sensors_of(history.samples);
     std::vector<std::string> headers{time_header(zone)};
     for (const Sensor& sensor : sensors) {
-        headers.push_back(sensor.group->heading + ' ' + std::to_string(sensor.place + 1));
+        headers.push_back(title_of(sensor));
     }
     Table table(std::move(headers));
     for (const pwrmgt_therm_sample_t& sample : history.samples) {
@@ -90,11 +109,36 @@ std::string thermal_table(const ThermalHistory& history, const ThermalLayout& la
         }
         table.add(std::move(cells));
     }
-    const std::string text =
-        "Temperatures in C (min/avg/max), " + span_text(history.span.length_s) + " up to " +
-        time_text(history.span.end_s, zone) + ": " + std::to_string(history.samples.size()) +
-        " entries of " + span_text(history.span.entry_s) + ", oldest first; database " +
-        working_database() + '\n' + table.text();
+    const std::string text = headline("Temperatures in C (min/avg/max)", history, zone) +
+                             ", oldest first; database " + working_database() + '\n' + table.text();
+    return layout.timing ? text + timing_text(history.query_ms) : text;
+}
+
+std::vector<std::string> sensor_names() {
+    std::vector<std::string> names;
+    for (const Group& group : kGroups) {
+        for (size_t place = 0; place < group.count; ++place) {
+            names.push_back(name_of({&group, place}));
+        }
+    }
+    return names;
+}
+
+std::optional<std::string> thermal_chart(const ThermalHistory& history, const ThermalLayout& layout,
+                                         const std::string& sensor) {
+    const std::vector<Sensor> sensors = sensors_of(history.samples);
+    const auto chosen = std::find_if(sensors.begin(), sensors.end(), [&](const Sensor& known) {
+        return sensor.empty() || name_of(known) == sensor;
+    });
+    if (chosen == sensors.end()) return std::nullopt;
+    std::vector<ChartPoint> newest_first;
+    for (auto sample = history.samples.rbegin(); sample != history.samples.rend(); ++sample) {
+        const auto triple = chosen->read(*sample);
+        newest_first.push_back({sample->tm, triple ? ChartValue{triple->avg} : ChartValue{}});
+    }
+    const std::string text = headline(title_of(*chosen), history, layout.zone) +
+                             ", oldest on the left; database " + working_database() + "\navg C\n" +
+                             chart_text(newest_first, {layout.charset, layout.zone});
     return layout.timing ? text + timing_text(history.query_ms) : text;
 }
 

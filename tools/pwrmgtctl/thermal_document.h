@@ -3,9 +3,11 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <vector>
 
+#include "chart.h"
 #include "print.h"
 #include "vekdb_pwrmgt.h"
 
@@ -26,12 +28,21 @@ struct ThermalHistory {
 struct ThermalLayout {
     Zone zone;
     bool timing;
+    Charset charset = Charset::utf8;
 };
+
+// Names that thermal_chart() takes: inlet1, inlet2, cpu1 to cpu8, memory1 to memory8, exhaust1,
+// exhaust2.
+std::vector<std::string> sensor_names();
 
 // True when any sensor has a reading in the entry.
 bool has_reading(const pwrmgt_therm_sample_t& sample);
 
 std::string thermal_table(const ThermalHistory& history, const ThermalLayout& layout);
+// The averages of one sensor, or of the first that has a reading when none is named. Nothing when
+// that sensor has none.
+std::optional<std::string> thermal_chart(const ThermalHistory& history, const ThermalLayout& layout,
+                                         const std::string& sensor);
 std::string thermal_json(const ThermalHistory& history, const ThermalLayout& layout);
 
 }  // namespace pwrmgt::pwrmgtctl

@@ -12,9 +12,9 @@ constexpr ChartStyle kPlain{Charset::ascii, Zone::utc};
 constexpr ChartStyle kBlocks{Charset::utf8, Zone::utc};
 constexpr uint32_t kNewest = 1700000010;
 
-std::vector<ChartPoint> points_of(const std::vector<Value>& newest_first) {
+std::vector<ChartPoint> points_of(const std::vector<ChartValue>& newest_first) {
     std::vector<ChartPoint> points;
-    for (const Value& value : newest_first) {
+    for (const ChartValue& value : newest_first) {
         points.push_back({kNewest - 30 * static_cast<uint32_t>(points.size()), value});
     }
     return points;
@@ -29,7 +29,8 @@ std::string lowest_row(const std::string& chart) {
 }
 
 TEST(Chart, BarsReadFromLeftToRight) {
-    const std::string chart = chart_text(points_of({Value{80}, Value{40}, Value{0}}), kPlain);
+    const std::string chart =
+        chart_text(points_of({ChartValue{80}, ChartValue{40}, ChartValue{0}}), kPlain);
 
     EXPECT_EQ(chart,
               "80 +  #\n"
@@ -47,45 +48,49 @@ TEST(Chart, BarsReadFromLeftToRight) {
 }
 
 TEST(Chart, BlocksShowEighthsOfARow) {
-    const std::string chart = chart_text(points_of({Value{5}, Value{80}}), kBlocks);
+    const std::string chart = chart_text(points_of({ChartValue{5}, ChartValue{80}}), kBlocks);
 
     EXPECT_NE(chart.find("   │█▄\n 0 └──\n"), std::string::npos) << chart;
 }
 
 TEST(Chart, GapsStayBlank) {
-    const std::string chart = chart_text(points_of({Value{80}, Value{}, Value{80}}), kPlain);
+    const std::string chart =
+        chart_text(points_of({ChartValue{80}, ChartValue{}, ChartValue{80}}), kPlain);
 
     EXPECT_EQ(lowest_row(chart), "# #");
 }
 
 TEST(Chart, ZeroIsMarkedApartFromAGap) {
-    const std::string chart = chart_text(points_of({Value{0}, Value{}, Value{0}}), kPlain);
+    const std::string chart =
+        chart_text(points_of({ChartValue{0}, ChartValue{}, ChartValue{0}}), kPlain);
 
     EXPECT_EQ(lowest_row(chart), ". .");
 }
 
 TEST(Chart, SixtyPointsHaveAColumnEach) {
-    const std::string chart = chart_text(points_of(std::vector<Value>(60, Value{10})), kPlain);
+    const std::string chart =
+        chart_text(points_of(std::vector<ChartValue>(60, ChartValue{10})), kPlain);
 
     EXPECT_EQ(lowest_row(chart), std::string(60, '#'));
 }
 
 TEST(Chart, SixtyOnePointsShareColumnsByTwo) {
-    const std::string chart = chart_text(points_of(std::vector<Value>(61, Value{10})), kPlain);
+    const std::string chart =
+        chart_text(points_of(std::vector<ChartValue>(61, ChartValue{10})), kPlain);
 
     EXPECT_EQ(lowest_row(chart), std::string(31, '#'));
 }
 
 TEST(Chart, ColumnWithOneReadingOfTwoShowsThatReading) {
-    std::vector<Value> values(120, Value{80});
-    values[0] = Value{};
+    std::vector<ChartValue> values(120, ChartValue{80});
+    values[0] = ChartValue{};
     const std::string chart = chart_text(points_of(values), kPlain);
 
     EXPECT_EQ(lowest_row(chart), std::string(60, '#'));
 }
 
 // The numbers at the axis, from the top.
-std::vector<std::string> axis_of(const std::vector<Value>& newest_first) {
+std::vector<std::string> axis_of(const std::vector<ChartValue>& newest_first) {
     std::istringstream lines(chart_text(points_of(newest_first), kPlain));
     std::vector<std::string> numbers;
     for (std::string line; std::getline(lines, line);) {
@@ -96,39 +101,53 @@ std::vector<std::string> axis_of(const std::vector<Value>& newest_first) {
 }
 
 TEST(Chart, AxisStartsAtZeroWhenAReadingLiesInTheLowerHalf) {
-    EXPECT_EQ(axis_of({Value{388}, Value{193}}), (std::vector<std::string>{"400", "200", "  0"}));
-    EXPECT_EQ(axis_of({Value{400}, Value{0}}), (std::vector<std::string>{"400", "200", "  0"}));
-    EXPECT_EQ(axis_of({Value{401}, Value{0}}), (std::vector<std::string>{"480", "240", "  0"}));
+    EXPECT_EQ(axis_of({ChartValue{388}, ChartValue{193}}),
+              (std::vector<std::string>{"400", "200", "  0"}));
+    EXPECT_EQ(axis_of({ChartValue{400}, ChartValue{0}}),
+              (std::vector<std::string>{"400", "200", "  0"}));
+    EXPECT_EQ(axis_of({ChartValue{401}, ChartValue{0}}),
+              (std::vector<std::string>{"480", "240", "  0"}));
 }
 
 TEST(Chart, AxisStartsBelowTheLowestWhenAllReadingsLieInTheUpperHalf) {
-    EXPECT_EQ(axis_of({Value{388}, Value{194}}), (std::vector<std::string>{"390", "270", "150"}));
-    EXPECT_EQ(axis_of({Value{235}, Value{219}}), (std::vector<std::string>{"240", "228", "216"}));
+    EXPECT_EQ(axis_of({ChartValue{388}, ChartValue{194}}),
+              (std::vector<std::string>{"390", "270", "150"}));
+    EXPECT_EQ(axis_of({ChartValue{235}, ChartValue{219}}),
+              (std::vector<std::string>{"240", "228", "216"}));
 }
 
 TEST(Chart, AxisOfEqualReadingsSpansATenthOfThem) {
-    EXPECT_EQ(axis_of({Value{300}, Value{300}}), (std::vector<std::string>{"328", "312", "296"}));
+    EXPECT_EQ(axis_of({ChartValue{300}, ChartValue{300}}),
+              (std::vector<std::string>{"328", "312", "296"}));
 }
 
 TEST(Chart, AxisHoldsTheHighestReadingThereIs) {
-    EXPECT_EQ(axis_of({Value{65534}}), (std::vector<std::string>{"72000", "68000", "64000"}));
-    EXPECT_EQ(axis_of({Value{65534}, Value{0}}),
+    EXPECT_EQ(axis_of({ChartValue{65534}}), (std::vector<std::string>{"72000", "68000", "64000"}));
+    EXPECT_EQ(axis_of({ChartValue{65534}, ChartValue{0}}),
               (std::vector<std::string>{"80000", "40000", "    0"}));
 }
 
 TEST(Chart, AxisOfZerosIsTheSmallestOne) {
-    EXPECT_EQ(axis_of({Value{0}}), (std::vector<std::string>{"8", "4", "0"}));
+    EXPECT_EQ(axis_of({ChartValue{0}}), (std::vector<std::string>{"8", "4", "0"}));
+}
+
+TEST(Chart, AxisGoesBelowZeroWithTheReadings) {
+    EXPECT_EQ(axis_of({ChartValue{24}, ChartValue{-4}}),
+              (std::vector<std::string>{"28", "12", "-4"}));
+    EXPECT_EQ(axis_of({ChartValue{-5}, ChartValue{-20}}),
+              (std::vector<std::string>{" -4", "-12", "-20"}));
 }
 
 TEST(Chart, TimesStandUnderTheEndsWhereTheChartIsWideEnough) {
-    const std::string chart = chart_text(points_of(std::vector<Value>(42, Value{10})), kPlain);
+    const std::string chart =
+        chart_text(points_of(std::vector<ChartValue>(42, ChartValue{10})), kPlain);
 
     EXPECT_NE(chart.find("\n    2023-11-14T21:53:00Z  2023-11-14T22:13:30Z\n"), std::string::npos)
         << chart;
 }
 
 TEST(Chart, AllPointsMissingDrawsAnEmptyFrame) {
-    const std::string chart = chart_text(points_of({Value{}, Value{}}), kPlain);
+    const std::string chart = chart_text(points_of({ChartValue{}, ChartValue{}}), kPlain);
 
     EXPECT_EQ(lowest_row(chart), "");
     EXPECT_NE(chart.find("Lowest -, highest -; blank = no reading.\n"), std::string::npos);
