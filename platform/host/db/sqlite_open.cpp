@@ -110,7 +110,7 @@ bool prepare_file(const std::string& path, Store store, std::string& why) {
         if (code == SQLITE_OK) code = check_file(db.get(), store, why);
         if (code == SQLITE_OK) return true;
         if (why.empty()) why = sqlite3_errstr(code);
-        why = path + ": " + why;
+        why.insert(0, path + ": ");
         db.reset();
         if (!damaged(code)) return false;
         std::string moved = move_aside(path);
@@ -207,7 +207,8 @@ SqliteHandle open_sqlite(OpenedFiles& files, std::string& why) {
         }
         std::string trouble;
         if (!prepare(directories, trouble)) {
-            why = why.empty() ? trouble : why + "; " + trouble;
+            if (!why.empty()) why += "; ";
+            why += trouble;
             return nullptr;
         }
     }
