@@ -4,13 +4,13 @@
 
 # name | budget in seconds, from nothing on two cores with an empty compiler cache | what it shows
 STAGES=(
-    'gcc|150|g++, optimised as shipped: build everything, run every test'
-    'checks|90|include flow, headers alone, kept behaviours, documents, words, format, and their self-tests'
-    'debug|30|g++, not optimised: build the library, run the interface tests (symbols, layouts, shared globals)'
-    'clang|120|clang++: build everything, run every test'
-    'sanitizers|180|AddressSanitizer and UndefinedBehaviorSanitizer: build everything, run every test'
-    'arm|150|32-bit ARM: build the library and its recorder tests, run them under qemu-arm'
-    'tidy|120|clang-tidy over the library and the host platform'
+    'gcc|240|g++, optimised as shipped: build everything, run every test'
+    'checks|60|include flow, headers alone, kept behaviours, documents, words, format, and their self-tests'
+    'debug|20|g++, not optimised: build the library, run the interface tests (symbols, layouts, shared globals)'
+    'clang|240|clang++: build everything, run every test'
+    'sanitizers|360|AddressSanitizer and UndefinedBehaviorSanitizer: build everything, run every test'
+    'arm|200|32-bit ARM: build the library and its recorder tests, run them under qemu-arm'
+    'tidy|60|clang-tidy over the library and the host platform'
     'size|10|the size of the library, host and ARM, stripped'
 )
 
