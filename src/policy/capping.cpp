@@ -18,7 +18,7 @@ constexpr uint8_t kNoName = 0;
 
 // The firmware's own verdict stands behind the completion code.
 Status verdict(int failed, const Reply& reply, uint32_t expected_length) {
-    if (failed != 0 || reply.completion() != kCompleted || reply.length() != expected_length) {
+    if (!completed(failed, reply) || reply.length() != expected_length) {
         return Status::exchange_failed;
     }
     return reply.u8(1) == 0 ? Status::ok : Status::firmware_refused;

@@ -28,7 +28,7 @@ extern "C" uint32_t pwrmgt_get_zero_output_mode(uint8_t* mode) {
     request.u8(kZeroOutput).u8(0x01).u8(0x00);
     Reply reply;
     const int failed = exchange(request, reply);
-    if (failed == 0 && reply.completion() == kCompleted && mode != nullptr) *mode = reply.u8(1);
+    if (completed(failed, reply) && mode != nullptr) *mode = reply.u8(1);
     // Kept: 0 also when the firmware refused. [RefusedZeroOutputGetReturnsZero]
     return static_cast<uint32_t>(failed);
 }

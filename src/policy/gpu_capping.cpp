@@ -14,9 +14,8 @@ constexpr int32_t kByteCap = 32;
 constexpr uint8_t kWordOperation = 0xC0;
 constexpr uint8_t kByteOperation = 0xC1;
 
-Status completed(const Request& request, Reply& reply) {
-    const int failed = exchange(request, reply);
-    return failed == 0 && reply.completion() == kCompleted ? Status::ok : Status::exchange_failed;
+Status send(const Request& request, Reply& reply) {
+    return completed(exchange(request, reply), reply) ? Status::ok : Status::exchange_failed;
 }
 
 }  // namespace
@@ -31,7 +30,7 @@ extern "C" uint32_t pwrmgt_set_gpu_power_capping_policy(uint8_t gpu, int32_t kin
         return code(Status::unsupported);
     }
     Reply reply;
-    return code(completed(request, reply));
+    return code(send(request, reply));
 }
 
 extern "C" uint32_t pwrmgt_get_gpu_power_capping_policy(uint8_t gpu, int32_t kind,
@@ -39,8 +38,7 @@ extern "C" uint32_t pwrmgt_get_gpu_power_capping_policy(uint8_t gpu, int32_t kin
     if (kind != kWordCap && kind != kByteCap) return code(Status::unsupported);
     const uint8_t operation = kind == kWordCap ? kWordOperation : kByteOperation;
     Reply reply;
-    const Status answered =
-        completed(Request(kOemNetfn, kGpuCapCommand).u8(operation).u8(gpu), reply);
+    const Status answered = send(Request(kOemNetfn, kGpuCapCommand).u8(operation).u8(gpu), reply);
     if (answered != Status::ok || value == nullptr) return code(answered);
     if (kind == kWordCap) {
         const uint16_t cap = reply.be16(1);

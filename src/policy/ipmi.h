@@ -65,4 +65,9 @@ private:
 // completion code are the caller's to look at.
 int exchange(const Request& request, Reply& reply);
 
+// The exchange took place and the firmware carried the command out, whatever the answer's length.
+inline bool completed(int failed, const Reply& reply) {
+    return failed == 0 && reply.completion() == kCompleted;
+}
+
 }  // namespace pwrmgt::policy

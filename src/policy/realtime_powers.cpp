@@ -16,10 +16,6 @@ constexpr uint8_t kReading = 0x01;
 constexpr uint8_t kMeter = 0x04;
 constexpr uint8_t kSlotDevices = 0x08;
 
-bool completed(int failed, const Reply& reply) {
-    return failed == 0 && reply.completion() == kCompleted;
-}
-
 }  // namespace
 
 extern "C" uint32_t pwrmgt_get_realtime_powers(pwrmgt_realtime_pwr_t* out) {
