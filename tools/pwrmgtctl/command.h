@@ -11,9 +11,18 @@
 namespace pwrmgt::pwrmgtctl {
 
 // Documented in --help and docs/pwrmgtctl.md; scripts rely on the numbers.
-enum class Exit : int { ok = 0, failure = 1, usage = 2, unsupported = 3, no_data = 4 };
+enum class Exit : int {
+    ok = 0,
+    failure = 1,
+    usage = 2,
+    unsupported = 3,
+    no_data = 4,
+    stale = 5,
+    out_of_range = 6
+};
 
-// Either a document for standard output or an error in words; never half of each.
+// A document for standard output, an error in words for standard error, or a whole document and
+// what is wrong with what it tells.
 struct Outcome {
     Exit exit = Exit::ok;
     std::string document;
@@ -26,6 +35,11 @@ inline Outcome succeed(std::string document) {
 
 inline Outcome fail(Exit exit, std::string error) {
     return {exit, {}, std::move(error)};
+}
+
+// What is shown all the same.
+inline Outcome succeed_but(Exit exit, std::string document, std::string error) {
+    return {exit, std::move(document), std::move(error)};
 }
 
 // The parsed command leaves its work here; main runs it after parsing has succeeded.

@@ -37,7 +37,7 @@ constexpr std::array<Column, 6> kPerformanceColumns{{
 struct Options {
     std::string domain = "system";
     uint32_t psu = 0;
-    RequestOptions request;
+    SpanOptions request;
     LayoutOptions layout;
 };
 
@@ -121,7 +121,7 @@ Outcome show_power(const Options& options) {
                    {{"domain", options.domain}}, columns),
         [&](const Request& asked, pwrmgt_hist_pwr_sample_t* entries, uint32_t& count) {
             if (!asked.window) {
-                return pwrmgt_get_history_power(domain, asked.period, entries, count);
+                return pwrmgt_get_history_power(domain, asked.period.code, entries, count);
             }
             const auto& [end_s, minutes, samples] = *asked.window;
             return pwrmgt_get_history_power_by_tm(domain, end_s, minutes, samples, entries, &count);
@@ -138,7 +138,8 @@ Outcome show_psu(const Options& options) {
                    kPsuColumns),
         [&](const Request& asked, pwrmgt_hist_psu_sample_t* entries, uint32_t& count) {
             if (!asked.window) {
-                return pwrmgt_get_history_psu_powers(options.psu, asked.period, entries, count);
+                return pwrmgt_get_history_psu_powers(options.psu, asked.period.code, entries,
+                                                     count);
             }
             const auto& [end_s, minutes, samples] = *asked.window;
             return pwrmgt_get_history_psu_power_by_tm(static_cast<int32_t>(options.psu), end_s,
@@ -153,7 +154,8 @@ Outcome show_performance(const Options& options) {
         history_of("pwrmgtctl.history.performance/1", "Utilisation", Json::object(),
                    kPerformanceColumns),
         [](const Request& asked, pwrmgt_hist_perf_sample_t* entries, uint32_t& count) {
-            if (!asked.window) return pwrmgt_get_history_performance(asked.period, entries, count);
+            if (!asked.window)
+                return pwrmgt_get_history_performance(asked.period.code, entries, count);
             const auto& [end_s, minutes, samples] = *asked.window;
             return pwrmgt_get_history_performance_by_tm(end_s, minutes, samples, entries, &count);
         },

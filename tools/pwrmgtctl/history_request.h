@@ -8,6 +8,7 @@
 #include <optional>
 #include <string>
 
+#include "span_options.h"
 #include "vekdb_pwrmgt.h"
 
 namespace pwrmgt::pwrmgtctl {
@@ -20,7 +21,7 @@ struct Window {
 
 struct Request {
     std::optional<Window> window;  // none: the period counts
-    uint32_t period = PWRMGT_PERIOD_1_HOUR;
+    Period period = period_named("1h");
     uint32_t length_s = 0;
     uint32_t entry_s = 0;
     int64_t asked_at_s = 0;
@@ -32,22 +33,13 @@ struct Request {
     [[nodiscard]] std::string words() const;
 };
 
-// The options that choose it.
-struct RequestOptions {
-    std::string period = "1h";
-    uint32_t entries = PWRMGT_MAX_PERIOD_ENTRIES;
-    std::string end = "now";
-    int32_t minutes = 0;  // 0: by period
-    int32_t samples_per_entry = 1;
-};
-
-void add_request_options(CLI::App& command, RequestOptions& options);
+void add_request_options(CLI::App& command, SpanOptions& options);
 
 // The request at this moment, or what is wrong with it in words.
 struct Resolved {
     Request request;
     std::string mistake;
 };
-Resolved resolve(const RequestOptions& options, int64_t now_s);
+Resolved resolve(const SpanOptions& options, int64_t now_s);
 
 }  // namespace pwrmgt::pwrmgtctl

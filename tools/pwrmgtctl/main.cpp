@@ -7,30 +7,34 @@
 #include <exception>
 
 #include "command.h"
-#include "stdout_guard.h"
+#include "common/stdout_guard.h"
 
 namespace {
 
 using pwrmgt::pwrmgtctl::Exit;
 
-int report(Exit exit, const char* words) {
-    std::fprintf(stderr, "pwrmgtctl: %s\n", words);
+int report(Exit exit, const std::string& words) {
+    std::fprintf(stderr, "pwrmgtctl: %s\n", words.c_str());
     return static_cast<int>(exit);
 }
 
 }  // namespace
 
 int main(int argc, char** argv) {
-    pwrmgt::pwrmgtctl::StdoutGuard standard_output;
+    pwrmgt::common::StdoutGuard standard_output;
     try {
         const auto outcome = pwrmgt::pwrmgtctl::run(argc, argv);
-        if (outcome.exit != Exit::ok) return report(outcome.exit, outcome.error.c_str());
-        const int error = standard_output.write(outcome.document);
-        if (error == 0) return static_cast<int>(Exit::ok);
-        // A reader that left early, such as head, knows; nobody else has to be told.
-        if (error == EPIPE) return static_cast<int>(Exit::failure);
-        return report(Exit::failure,
-                      (std::string("standard output: ") + std::strerror(error)).c_str());
+        if (!outcome.document.empty()) {
+            const int error = standard_output.write(outcome.document);
+            // A reader that left early, such as head, knows; nobody else has to be told.
+            if (error == EPIPE) return static_cast<int>(Exit::failure);
+            if (error != 0) {
+                return report(Exit::failure,
+                              std::string("standard output: ") + std::strerror(error));
+            }
+        }
+        if (!outcome.error.empty()) return report(outcome.exit, outcome.error);
+        return static_cast<int>(outcome.exit);
     } catch (const std::exception& failure) {
         return report(Exit::failure, failure.what());
     }

@@ -7,14 +7,13 @@
 #include "database.h"
 #include "fields.h"
 #include "missing.h"
+#include "span_options.h"
 #include "status_text.h"
 #include "timed.h"
 #include "vekdb_pwrmgt.h"
 
 namespace pwrmgt::pwrmgtctl {
 namespace {
-
-constexpr int32_t kMaxMinutes = 1440;
 
 struct Options {
     std::string domain = "system";

@@ -11,6 +11,7 @@
 #include "database.h"
 #include "missing.h"
 #include "print.h"
+#include "span_options.h"
 #include "status_text.h"
 #include "thermal_document.h"
 #include "time_argument.h"
@@ -20,17 +21,13 @@
 namespace pwrmgt::pwrmgtctl {
 namespace {
 
-constexpr uint32_t kMaxIndexes = 1440;
 constexpr uint32_t kIndexesOfAnHour = 60;
-constexpr int32_t kMaxMinutes = 1440;
-constexpr int32_t kMaxMinutesPerEntry = 12;
+constexpr SpanWording kWording{"Entries to divide the period into, 1 to 1440, for an hour to 60",
+                               1440, "--minutes-per-entry",
+                               "Width of an entry of the window in minutes, 1 to 12", 12};
 
 struct Options {
-    std::string period = "1h";
-    uint32_t entries = 60;
-    std::string end = "now";
-    int32_t minutes = 0;  // 0: by period
-    int32_t minutes_per_entry = 1;
+    SpanOptions span;
     bool json = false;
     bool chart = false;
     bool ascii = false;
@@ -38,12 +35,6 @@ struct Options {
     bool local = false;
     bool timing = false;
 };
-
-uint32_t period_code(const std::string& name) {
-    if (name == "6h") return PWRMGT_PERIOD_6_HOURS;
-    if (name == "12h") return PWRMGT_PERIOD_12_HOURS;
-    return name == "24h" ? PWRMGT_PERIOD_24_HOURS : PWRMGT_PERIOD_1_HOUR;
-}
 
 // What every index's time is: the library writes it only where a walk passed it.
 void fill_times(std::vector<pwrmgt_therm_sample_t>& samples, const ThermalSpan& span) {
@@ -60,7 +51,7 @@ struct Asked {
     std::string mistake;
 };
 
-Asked resolve(const Options& options) {
+Asked resolve(const SpanOptions& options) {
     Asked asked{};
     const std::optional<int32_t> end_s =
         parse_time(options.minutes == 0 ? "now" : options.end, std::time(nullptr));
@@ -70,7 +61,7 @@ Asked resolve(const Options& options) {
     }
     asked.span.end_s = *end_s;
     if (options.minutes == 0) {
-        asked.period = period_code(options.period);
+        asked.period = period_named(options.period).code;
         asked.count = options.entries;
         asked.span.length_s = thermal_get_secs_per_period(asked.period);
         asked.span.entry_s = asked.span.length_s / asked.count;
@@ -79,15 +70,15 @@ Asked resolve(const Options& options) {
         }
         return asked;
     }
-    asked.count = static_cast<uint32_t>(options.minutes / options.minutes_per_entry);
+    asked.count = static_cast<uint32_t>(options.minutes / options.per_entry);
     asked.span.length_s = static_cast<uint32_t>(options.minutes) * 60;
-    asked.span.entry_s = static_cast<uint32_t>(options.minutes_per_entry) * 60;
+    asked.span.entry_s = static_cast<uint32_t>(options.per_entry) * 60;
     if (asked.count == 0) asked.mistake = "--minutes-per-entry: no entry fits into the span";
     return asked;
 }
 
 Outcome show_history(const Options& options) {
-    const Asked asked = resolve(options);
+    const Asked asked = resolve(options.span);
     if (!asked.mistake.empty()) return fail(Exit::usage, asked.mistake);
     ThermalHistory answer{asked.span, std::vector<pwrmgt_therm_sample_t>(asked.count), 0};
     // The library tells a missing reading by 0xFF bytes; nothing else may look like one.
@@ -95,11 +86,11 @@ Outcome show_history(const Options& options) {
     uint32_t count = asked.count;
 
     const Timed done = timed([&] {
-        if (options.minutes == 0) {
+        if (options.span.minutes == 0) {
             return pwrmgt_get_therm_hist(asked.period, answer.samples.data(), &count);
         }
         return pwrmgt_get_therm_hist_by_timestamp(static_cast<uint32_t>(asked.span.end_s),
-                                                  options.minutes, options.minutes_per_entry,
+                                                  options.span.minutes, options.span.per_entry,
                                                   answer.samples.data(), &count);
     });
 
@@ -173,38 +164,9 @@ CLI::App& add_command(CLI::App& family, Action& chosen, const char* name, const 
     return *command;
 }
 
-void add_span_options(CLI::App& command, Options& options) {
-    CLI::Option* period =
-        command.add_option("--period", options.period, "How far back: 1h, 6h, 12h or 24h")
-            ->check(CLI::IsMember({"1h", "6h", "12h", "24h"}).description(""))
-            ->type_name("PERIOD")
-            ->capture_default_str();
-    CLI::Option* entries =
-        command
-            .add_option("--entries", options.entries,
-                        "Entries to divide the period into, 1 to 1440, for an hour to 60")
-            ->check(CLI::Range(1U, kMaxIndexes).description(""))
-            ->type_name("N")
-            ->capture_default_str();
-    CLI::Option* minutes = command
-                               .add_option("--minutes", options.minutes,
-                                           "A span of N minutes, 1 to 1440, instead of a period")
-                               ->check(CLI::Range(1, kMaxMinutes).description(""))
-                               ->type_name("N")
-                               ->excludes(period)
-                               ->excludes(entries);
-    command.add_option("--end", options.end, std::string("End of the span: ") + kTimeForms)
-        ->check(time_argument())
-        ->type_name("TIME")
-        ->capture_default_str()
-        ->needs(minutes);
-    command
-        .add_option("--minutes-per-entry", options.minutes_per_entry,
-                    "Width of an entry of the span, 1 to 12")
-        ->check(CLI::Range(1, kMaxMinutesPerEntry).description(""))
-        ->type_name("N")
-        ->capture_default_str()
-        ->needs(minutes);
+void add_history_options(CLI::App& command, Options& options) {
+    options.span.entries = kIndexesOfAnHour;
+    add_span_options(command, options.span, kWording);
     CLI::Option* json = command.get_option("--json");
     CLI::Option* chart =
         command.add_flag("--chart", options.chart, "A chart of one sensor instead of a table")
@@ -226,7 +188,7 @@ void add_thermal(CLI::App& app, Action& chosen) {
     const auto options = std::make_shared<Options>();
     CLI::App& history = add_command(*family, chosen, "history", "Temperatures of a period or span",
                                     show_history, options);
-    add_span_options(history, *options);
+    add_history_options(history, *options);
     history.footer(
         "Examples:\n"
         "  pwrmgtctl thermal history --period 6h --entries 12\n"

@@ -5,10 +5,10 @@
 #include <exception>
 
 #include "clock.h"
+#include "common/stdout_guard.h"
 #include "daemon.h"
 #include "log.h"
 #include "options.h"
-#include "pwrmgtctl/stdout_guard.h"
 
 using namespace pwrmgt::pwrmgtd;
 
@@ -22,7 +22,7 @@ int report(Exit exit, const char* words) {
 }  // namespace
 
 int main(int argc, char** argv) {
-    pwrmgt::pwrmgtctl::StdoutGuard standard_output;
+    pwrmgt::common::StdoutGuard standard_output;
     try {
         const Parsed parsed = parse_options(argc, argv);
         if (parsed.exit != Exit::ok) return report(parsed.exit, parsed.text.c_str());

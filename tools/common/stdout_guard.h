@@ -4,7 +4,7 @@
 
 #include <string_view>
 
-namespace pwrmgt::pwrmgtctl {
+namespace pwrmgt::common {
 
 // From construction on descriptor 1 leads to /dev/null; write() reaches what it led to before.
 class StdoutGuard {
@@ -14,11 +14,15 @@ public:
     StdoutGuard(const StdoutGuard&) = delete;
     StdoutGuard& operator=(const StdoutGuard&) = delete;
 
-    // Writes the whole text and closes the real standard output: 0, or the error number. Once only.
+    // Writes the whole text: 0, or the error number.
+    int add(std::string_view text);
+    // As add(), and closes the real standard output. Once only, and last.
     int write(std::string_view text);
+    // Whether somebody looks on at a terminal.
+    [[nodiscard]] bool is_terminal() const;
 
 private:
     int document_;
 };
 
-}  // namespace pwrmgt::pwrmgtctl
+}  // namespace pwrmgt::common

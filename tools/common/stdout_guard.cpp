@@ -9,7 +9,7 @@
 #include <csignal>
 #include <utility>
 
-namespace pwrmgt::pwrmgtctl {
+namespace pwrmgt::common {
 namespace {
 
 // A caller may close any of 0, 1 and 2; a database file opened there would then receive traces and
@@ -39,7 +39,7 @@ StdoutGuard::~StdoutGuard() {
     if (document_ >= 0) close(document_);
 }
 
-int StdoutGuard::write(std::string_view text) {
+int StdoutGuard::add(std::string_view text) {
     if (document_ < 0) return EBADF;
     while (!text.empty()) {
         const ssize_t written = ::write(document_, text.data(), text.size());
@@ -47,8 +47,17 @@ int StdoutGuard::write(std::string_view text) {
         if (written < 0) return errno;
         text.remove_prefix(static_cast<size_t>(written));
     }
+    return 0;
+}
+
+int StdoutGuard::write(std::string_view text) {
+    if (const int error = add(text); error != 0) return error;
     // Some file systems tell of a full disk only here.
     return close(std::exchange(document_, -1)) == 0 ? 0 : errno;
 }
 
-}  // namespace pwrmgt::pwrmgtctl
+bool StdoutGuard::is_terminal() const {
+    return isatty(document_) == 1;
+}
+
+}  // namespace pwrmgt::common

@@ -1,0 +1,57 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "span_options.h"
+
+#include <algorithm>
+#include <array>
+
+#include "time_argument.h"
+#include "vekdb_pwrmgt.h"
+
+namespace pwrmgt::pwrmgtctl {
+namespace {
+
+constexpr std::array<Period, 4> kPeriods{{
+    {"1h", PWRMGT_PERIOD_1_HOUR, 3600, "in the last hour"},
+    {"6h", PWRMGT_PERIOD_6_HOURS, 21600, "in the last 6 hours"},
+    {"12h", PWRMGT_PERIOD_12_HOURS, 43200, "in the last 12 hours"},
+    {"24h", PWRMGT_PERIOD_24_HOURS, 86400, "in the last 24 hours"},
+}};
+
+}  // namespace
+
+const Period& period_named(std::string_view name) {
+    const auto* found = std::find_if(kPeriods.begin(), kPeriods.end(),
+                                     [&](const Period& period) { return period.name == name; });
+    return found == kPeriods.end() ? kPeriods.front() : *found;
+}
+
+void add_span_options(CLI::App& command, SpanOptions& options, const SpanWording& wording) {
+    CLI::Option* period =
+        command.add_option("--period", options.period, "How far back: 1h, 6h, 12h or 24h")
+            ->check(CLI::IsMember({"1h", "6h", "12h", "24h"}).description(""))
+            ->type_name("PERIOD")
+            ->capture_default_str();
+    CLI::Option* entries = command.add_option("--entries", options.entries, wording.entries_help)
+                               ->check(CLI::Range(1U, wording.most_entries).description(""))
+                               ->type_name("N")
+                               ->capture_default_str();
+    CLI::Option* minutes = command
+                               .add_option("--minutes", options.minutes,
+                                           "A window of N minutes, 1 to 1440, instead of a period")
+                               ->check(CLI::Range(1, kMaxMinutes).description(""))
+                               ->type_name("N")
+                               ->excludes(period)
+                               ->excludes(entries);
+    command.add_option("--end", options.end, std::string("End of the window: ") + kTimeForms)
+        ->check(time_argument())
+        ->type_name("TIME")
+        ->capture_default_str()
+        ->needs(minutes);
+    command.add_option(wording.per_entry_name, options.per_entry, wording.per_entry_help)
+        ->check(CLI::Range(1, wording.most_per_entry).description(""))
+        ->type_name("N")
+        ->capture_default_str()
+        ->needs(minutes);
+}
+
+}  // namespace pwrmgt::pwrmgtctl
