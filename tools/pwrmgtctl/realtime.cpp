@@ -10,27 +10,24 @@
 #include "missing.h"
 #include "print.h"
 #include "status_text.h"
+#include "stored_reading.h"
 #include "timed.h"
-#include "vekdb_client.h"
 #include "vekdb_pwrmgt.h"
 
 namespace pwrmgt::pwrmgtctl {
 namespace {
 
-constexpr int kRowReady = 9;
-constexpr int kPowers = 4;
-
 // clang-format off
-struct Field { const char* heading; const char* group; const char* key; const char* column; };
-constexpr std::array<Field, 8> kFields{{
-    {"System AC power, W",       "system",    "ac_w",   "SysPwrAc"},
-    {"System DC power, W",       "system",    "dc_w",   "SysPwrDc"},
-    {"Processor DC power, W",    "cpu",       "dc_w",   "CpuPwrDc"},
-    {"Memory DC power, W",       "memory",    "dc_w",   "MemPwrDc"},
-    {"System utilisation, %",    "system",    "pct",    "SysPctg"},
-    {"Processor utilisation, %", "cpu",       "pct",    "CpuPctg"},
-    {"Memory utilisation, %",    "memory",    "pct",    "MemPctg"},
-    {"I/O utilisation, %",       "io",        "pct",    "IOPctg"},
+struct Field { const char* heading; const char* group; const char* key; };
+constexpr std::array<Field, place::count> kFields{{
+    {"System AC power, W",       "system",    "ac_w"},
+    {"System DC power, W",       "system",    "dc_w"},
+    {"Processor DC power, W",    "cpu",       "dc_w"},
+    {"Memory DC power, W",       "memory",    "dc_w"},
+    {"System utilisation, %",    "system",    "pct"},
+    {"Processor utilisation, %", "cpu",       "pct"},
+    {"Memory utilisation, %",    "memory",    "pct"},
+    {"I/O utilisation, %",       "io",        "pct"},
 }};
 // clang-format on
 
@@ -44,55 +41,17 @@ struct Options {
 struct Snapshot {
     int64_t taken_s = 0;
     int64_t asked_at_s = 0;
-    std::array<Value, kFields.size()> values;
+    ReadingValues values;
     Value firmware_word;  // of a live reading only
     double query_ms = 0;
 };
 
-// A connection and a result of the database client, handed back in this order's reverse.
-struct Handles {
-    uint32_t connection = 0;
-    uint32_t result = 0;
-
-    Handles() = default;
-    Handles(const Handles&) = delete;
-    Handles& operator=(const Handles&) = delete;
-    ~Handles() {
-        if (result != 0) vek_db_free_result(result);
-        if (connection != 0) vek_db_close(connection);
-    }
-};
-
-// Reads the row that pwrmgt_update_realtime_table() keeps. Its statuses follow the library's: 10
-// not offered, 2 no connection, 3 no result, 8 no row, 31 more than one.
 uint32_t read_stored(Snapshot& snapshot) {
-    if (pwrmgt_unsupport_check("pwrmgt_get_realtime_powers") != 0) return 10;
-    Handles handles;
-    handles.connection = pwrmgt_get_db_handle();
-    if (handles.connection == 0) return 2;
-    std::array<const char*, kFields.size() + 1> columns{"Timestamp"};
-    for (size_t at = 0; at < kFields.size(); ++at) {
-        columns[at + 1] = kFields[at].column;
-    }
-    const int failed =
-        vek_db_query(handles.connection, "RealTimePowersMem", columns.data(),
-                     static_cast<int>(columns.size()), "_id=0", 0, 0, nullptr, &handles.result);
-    if (failed != 0 || handles.result == 0) return 3;
-    const int rows = vek_db_result_row_count(handles.result);
-    if (rows < 1) return 8;
-    if (rows > 1) return 31;
-    if (vek_db_result_step(handles.result) != kRowReady) return 3;
-
-    uint32_t taken_s = 0;
-    if (vek_db_result_column_uint(handles.result, 0, &taken_s) != 0) return 3;
-    snapshot.taken_s = taken_s;
-    for (int at = 0; at < static_cast<int>(kFields.size()); ++at) {
-        uint16_t stored = 0;
-        if (vek_db_result_column_short_uint(handles.result, at + 1, &stored) != 0) return 3;
-        snapshot.values[static_cast<size_t>(at)] =
-            at < kPowers ? watts(stored) : wide_percent(stored);
-    }
-    return 0;
+    StoredReading reading;
+    const uint32_t status = read_stored_reading(reading);
+    snapshot.taken_s = reading.taken_s;
+    snapshot.values = reading.values;
+    return status;
 }
 
 uint32_t read_live(Snapshot& snapshot) {

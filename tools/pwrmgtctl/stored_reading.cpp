@@ -1,0 +1,65 @@
+// SPDX-License-Identifier: Apache-2.0
+// Reads through the database client what no function of the library hands out.
+#include "stored_reading.h"
+
+#include "vekdb_client.h"
+#include "vekdb_pwrmgt.h"
+
+namespace pwrmgt::pwrmgtctl {
+namespace {
+
+constexpr int kRowReady = 9;
+
+constexpr std::array<const char*, place::count + 1> kColumns{"Timestamp", "SysPwrAc", "SysPwrDc",
+                                                             "CpuPwrDc",  "MemPwrDc", "SysPctg",
+                                                             "CpuPctg",   "MemPctg",  "IOPctg"};
+
+// A connection and a result of the database client, handed back in this order's reverse.
+struct Handles {
+    uint32_t connection = 0;
+    uint32_t result = 0;
+
+    Handles() = default;
+    Handles(const Handles&) = delete;
+    Handles& operator=(const Handles&) = delete;
+    ~Handles() {
+        if (result != 0) vek_db_free_result(result);
+        if (connection != 0) vek_db_close(connection);
+    }
+};
+
+uint32_t read_row(uint32_t result, StoredReading& reading) {
+    StoredReading read;
+    uint32_t taken_s = 0;
+    if (vek_db_result_column_uint(result, 0, &taken_s) != 0) return 3;
+    read.taken_s = taken_s;
+    for (size_t at = 0; at < read.values.size(); ++at) {
+        uint16_t stored = 0;
+        if (vek_db_result_column_short_uint(result, static_cast<int>(at) + 1, &stored) != 0) {
+            return 3;
+        }
+        read.values[at] = at < place::system_pct ? watts(stored) : wide_percent(stored);
+    }
+    reading = read;
+    return 0;
+}
+
+}  // namespace
+
+uint32_t read_stored_reading(StoredReading& reading) {
+    if (pwrmgt_unsupport_check("pwrmgt_get_realtime_powers") != 0) return 10;
+    Handles handles;
+    handles.connection = pwrmgt_get_db_handle();
+    if (handles.connection == 0) return 2;
+    const int failed =
+        vek_db_query(handles.connection, "RealTimePowersMem", kColumns.data(),
+                     static_cast<int>(kColumns.size()), "_id=0", 0, 0, nullptr, &handles.result);
+    if (failed != 0 || handles.result == 0) return 3;
+    const int rows = vek_db_result_row_count(handles.result);
+    if (rows < 1) return 8;
+    if (rows > 1) return 31;
+    if (vek_db_result_step(handles.result) != kRowReady) return 3;
+    return read_row(handles.result, reading);
+}
+
+}  // namespace pwrmgt::pwrmgtctl
