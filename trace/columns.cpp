@@ -22,23 +22,34 @@ constexpr std::int32_t kWatts = 65534;
 constexpr std::int32_t kPercent = 100;
 constexpr std::int32_t kColdest = -128;
 constexpr std::int32_t kHottest = 255;
+constexpr std::int32_t kYes = 1;
+constexpr std::int32_t kClasses = 254;
+constexpr std::int32_t kVolts = 1000;
 
 // clang-format off
 constexpr Pattern kPatterns[] = {
-    {"sdr_rows",     "",                kAnswers,   1,         0,        kCount},
-    {"sys_power_W",  "",                kSystemW,   1,         0,        kWatts},
-    {"cpu_power_W",  "",                kCpuW,      1,         0,        kWatts},
-    {"mem_power_W",  "",                kMemoryW,   1,         0,        kWatts},
-    {"sys_util_pct", "",                kSystemPct, 1,         0,        kPercent},
-    {"cpu_util_pct", "",                kCpuPct,    1,         0,        kPercent},
-    {"mem_util_pct", "",                kMemoryPct, 1,         0,        kPercent},
-    {"io_util_pct",  "",                kIoPct,     1,         0,        kPercent},
-    {"ambient_C",    "",                kAmbientC,  1,         kColdest, kHottest},
-    {"exhaust_C",    "",                kExhaustC,  1,         kColdest, kHottest},
-    {"cpu",          "_C",              kCpuC,      kCpus,     kColdest, kHottest},
-    {"psu",          "_ac_in_W",        kSupplyAc,  kSupplies, 0,        kWatts},
-    {"psu",          "_dc_out_W",       kSupplyDc,  kSupplies, 0,        kWatts},
-    {"probe",        "_active_power_W", kProbeAc,   kSupplies, 0,        kWatts},
+    {"sdr_rows",     "",                kAnswers,    1,         0,        kCount},
+    {"sys_power_W",  "",                kSystemW,    1,         0,        kWatts},
+    {"cpu_power_W",  "",                kCpuW,       1,         0,        kWatts},
+    {"mem_power_W",  "",                kMemoryW,    1,         0,        kWatts},
+    {"sys_util_pct", "",                kSystemPct,  1,         0,        kPercent},
+    {"cpu_util_pct", "",                kCpuPct,     1,         0,        kPercent},
+    {"mem_util_pct", "",                kMemoryPct,  1,         0,        kPercent},
+    {"io_util_pct",  "",                kIoPct,      1,         0,        kPercent},
+    {"ambient_C",    "",                kAmbientC,   1,         kColdest, kHottest},
+    {"exhaust_C",    "",                kExhaustC,   1,         kColdest, kHottest},
+    {"cpu",          "_C",              kCpuC,       kCpus,     kColdest, kHottest},
+    {"psu",          "_present",        kPresent,    kSupplies, 0,        kYes},
+    {"psu",          "_ac_lost",        kAcLost,     kSupplies, 0,        kYes},
+    {"psu",          "_fault",          kFault,      kSupplies, 0,        kYes},
+    {"psu",          "_input_class",    kInputClass, kSupplies, 0,        kClasses},
+    {"psu",          "_input_V",        kInputV,     kSupplies, 0,        kVolts},
+    {"probe",        "_voltage_V",      kInputV,     kSupplies, 0,        kVolts},
+    {"psu",          "_label_in_W",     kLabelIn,    kSupplies, 0,        kWatts},
+    {"psu",          "_label_out_W",    kLabelOut,   kSupplies, 0,        kWatts},
+    {"psu",          "_ac_in_W",        kSupplyAc,   kSupplies, 0,        kWatts},
+    {"psu",          "_dc_out_W",       kSupplyDc,   kSupplies, 0,        kWatts},
+    {"probe",        "_active_power_W", kProbeAc,    kSupplies, 0,        kWatts},
 };
 // clang-format on
 

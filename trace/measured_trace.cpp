@@ -5,10 +5,10 @@
 #include <cmath>
 #include <limits>
 #include <string_view>
-#include <tuple>
 
 #include "columns.h"
 #include "csv_lines.h"
+#include "row.h"
 
 namespace pwrmgt::trace {
 namespace {
@@ -16,83 +16,13 @@ namespace {
 constexpr std::size_t kMaxRows = 1'000'000;
 constexpr std::int64_t kDay_s = 86400;
 
-// What the header line says: which cell goes where, and how a row's system power comes about.
+// What the header line says: which cell goes where.
 struct Header {
     std::vector<std::optional<Column>> columns;
     std::vector<std::string> names;
     std::size_t time_index = 0;
-    std::array<bool, kPlaces> present{};
-
-    bool any(std::size_t first) const {
-        const auto from = present.begin() + static_cast<std::ptrdiff_t>(first);
-        return std::any_of(from, from + kSupplies, [](bool has) { return has; });
-    }
+    Given given;
 };
-
-template <class Whole>
-std::optional<Whole> narrowed(const std::optional<std::int32_t>& cell) {
-    if (!cell) return std::nullopt;
-    return static_cast<Whole>(*cell);
-}
-
-// The sum over the supplies of one kind that have a column, all of them known to hold a value.
-std::int32_t sum(const Cells& cells, std::size_t first) {
-    std::int32_t watts = 0;
-    for (std::size_t i = 0; i < kSupplies; ++i) {
-        watts += cells[first + i].value_or(0);
-    }
-    return watts;
-}
-
-Watts as_watts(std::int32_t watts) {
-    if (watts > std::numeric_limits<std::uint16_t>::max() - 1) return std::nullopt;
-    return static_cast<std::uint16_t>(watts);
-}
-
-// AC and DC of the whole system. History rows hold both or neither, so one number that stands for
-// the system counts as both, and a sum over supplies needs every one of them.
-std::pair<Watts, Watts> system_power(const Header& header, const Cells& cells) {
-    for (std::size_t place = kSupplyAc; place < kPlaces; ++place) {
-        if (header.present[place] && !cells[place]) return {};
-    }
-    for (std::size_t i = 0; i < kSupplies; ++i) {
-        const bool dc_unknown = header.present[kSupplyAc + i] && !header.present[kSupplyDc + i];
-        if (header.any(kSupplyDc) && dc_unknown) return {};
-    }
-    const bool metered = header.any(kProbeAc) && !header.present[kSystemW];
-    const Watts ac =
-        metered ? as_watts(sum(cells, kProbeAc)) : narrowed<std::uint16_t>(cells[kSystemW]);
-    const Watts dc = header.any(kSupplyDc) ? as_watts(sum(cells, kSupplyDc)) : ac;
-    if (!ac || !dc) return {};
-    return {ac, dc};
-}
-
-Reading make_reading(const Header& header, const Cells& cells, std::int64_t epoch_s) {
-    Reading reading;
-    reading.epoch_s = epoch_s;
-    if (cells[kAnswers] == 0) {
-        reading.answered = false;
-        return reading;
-    }
-    std::tie(reading.system_ac_w, reading.system_dc_w) = system_power(header, cells);
-    reading.cpu_w = narrowed<std::uint16_t>(cells[kCpuW]);
-    reading.mem_w = narrowed<std::uint16_t>(cells[kMemoryW]);
-    const std::size_t ac_place = header.any(kProbeAc) ? kProbeAc : kSupplyAc;
-    for (std::size_t i = 0; i < kSupplies; ++i) {
-        reading.supplies[i].ac_in_w = narrowed<std::uint16_t>(cells[ac_place + i]);
-        reading.supplies[i].dc_out_w = narrowed<std::uint16_t>(cells[kSupplyDc + i]);
-    }
-    reading.sys_pct = narrowed<std::uint8_t>(cells[kSystemPct]);
-    reading.cpu_pct = narrowed<std::uint8_t>(cells[kCpuPct]);
-    reading.mem_pct = narrowed<std::uint8_t>(cells[kMemoryPct]);
-    reading.io_pct = narrowed<std::uint8_t>(cells[kIoPct]);
-    reading.ambient_c = narrowed<std::int16_t>(cells[kAmbientC]);
-    reading.exhaust_c = narrowed<std::int16_t>(cells[kExhaustC]);
-    for (std::size_t i = 0; i < kCpus; ++i) {
-        reading.cpu_c[i] = narrowed<std::int16_t>(cells[kCpuC + i]);
-    }
-    return reading;
-}
 
 // Reads one file; every step returns the reason it failed, or "".
 class Parser {
@@ -116,8 +46,10 @@ public:
     Trace take() {
         std::size_t supplies = 0;
         for (std::size_t i = 0; i < kSupplies; ++i) {
-            const auto has = [&](std::size_t first) { return header_.present[first + i]; };
-            if (has(kSupplyAc) || has(kSupplyDc) || has(kProbeAc)) supplies = i + 1;
+            const auto has = [&](std::size_t first) { return header_.given.present[first + i]; };
+            if (has(kSupplyAc) || has(kSupplyDc) || has(kProbeAc) || has(kPresent)) {
+                supplies = i + 1;
+            }
         }
         return Trace(std::move(readings_), supplies, ignored_values_);
     }
@@ -130,17 +62,17 @@ private:
             const std::string_view name = cells_[i];
             const std::optional<Column> column = find_column(name);
             const bool is_time = name == kTimeColumn;
-            if ((is_time && timed) || (column && header_.present[column->place])) {
+            if ((is_time && timed) || (column && header_.given.present[column->place])) {
                 return "column " + quoted(name) + " stands twice";
             }
             if (is_time) header_.time_index = i;
             timed = timed || is_time;
-            if (column) header_.present[column->place] = true;
+            if (column) header_.given.present[column->place] = true;
             header_.columns.push_back(column);
             header_.names.emplace_back(name);
         }
         if (!timed) return "no epoch_s column";
-        if (header_.any(kProbeAc) && header_.any(kSupplyAc)) {
+        if (header_.given.any(kProbeAc) && header_.given.any(kSupplyAc)) {
             return "AC power of supplies from both psuN and probeN columns";
         }
         return {};
@@ -159,7 +91,7 @@ private:
         for (std::size_t i = 0; reason.empty() && i < cells_.size(); ++i) {
             if (header_.columns[i] && !cells_[i].empty()) reason = value(i, values);
         }
-        if (reason.empty()) readings_.push_back(make_reading(header_, values, epoch_s));
+        if (reason.empty()) readings_.push_back(make_reading(header_.given, values, epoch_s));
         return reason;
     }
 

@@ -33,6 +33,17 @@ struct Supply {
     Watts dc_out_w;
 };
 
+// What a row says of a supply beside its power.
+struct SupplyState {
+    std::optional<bool> present;
+    std::optional<bool> ac_lost;
+    std::optional<bool> fault;
+    std::optional<std::uint8_t> input_class;  // 0..254, of the supply table
+    std::optional<std::uint16_t> input_v;     // whole volts, 0..1000
+    Watts label_in_w;
+    Watts label_out_w;
+};
+
 // One row of a trace.
 struct Reading {
     std::int64_t epoch_s = 0;  // whole seconds, a fraction in the file is cut off
@@ -41,7 +52,8 @@ struct Reading {
     Watts system_dc_w;
     Watts cpu_w;
     Watts mem_w;
-    std::array<Supply, kSupplies> supplies;  // place 0 is supply 1
+    std::array<Supply, kSupplies> supplies;            // place 0 is supply 1
+    std::array<SupplyState, kSupplies> supply_states;  // as above
     Percent sys_pct;
     Percent cpu_pct;
     Percent mem_pct;

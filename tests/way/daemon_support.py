@@ -44,7 +44,8 @@ class WayTest(unittest.TestCase):
         self.runtime.mkdir(mode=0o700)
 
     def environment(self, clock):
-        """`clock`: seconds to stand still at, or ("seconds to start at", factor to run faster by), or None: real time."""
+        """`clock`: seconds to stand still at, or ("seconds to start at", factor to run faster by), a MovedClock, or None:
+        real time."""
         kept = {k: v for k, v in os.environ.items() if not k.startswith(("VEKDB_", "FAKETIME"))}
         kept |= {"VEKDB_STATE_DIR": str(self.state), "VEKDB_RUNTIME_DIR": str(self.runtime), "TZ": "UTC"}
         if self.properties is not None:
@@ -52,7 +53,9 @@ class WayTest(unittest.TestCase):
         if clock is None:
             return kept
         kept |= {"LD_PRELOAD": FAKETIME, "FAKETIME_DONT_FAKE_MONOTONIC": "1", "NO_FAKE_STAT": "1"}
-        if isinstance(clock, tuple):
+        if isinstance(clock, MovedClock):
+            kept |= {"FAKETIME_TIMESTAMP_FILE": str(clock.file), "FAKETIME_NO_CACHE": "1"}
+        elif isinstance(clock, tuple):
             kept["FAKETIME"] = f"@{utc_text(clock[0])} x{clock[1]}"
         else:
             kept["FAKETIME"] = utc_text(clock)
@@ -78,6 +81,13 @@ class WayTest(unittest.TestCase):
         self.assertEqual(run.returncode, 0, f"{arguments}: {run.stderr}")
         return json.loads(run.stdout)
 
+    def ctl_refused(self, exit_code, *arguments, clock):
+        """What it says when it cannot answer."""
+        run = subprocess.run([CTL, *arguments, "--json"], env=self.environment(clock), capture_output=True, text=True,
+                             timeout=120, stdin=subprocess.DEVNULL)
+        self.assertEqual((run.returncode, run.stdout), (exit_code, ""), f"{arguments}: {run.stderr}")
+        return run.stderr
+
     def rows(self, table, columns=None):
         """{stamp: (_id, values...)} of a history table; a stamp that stands twice is a failure."""
         directory, name = (self.runtime, "vek_pwr_db-mem.sqlite") if table.endswith("Mem") else \
@@ -98,6 +108,20 @@ class WayTest(unittest.TestCase):
         self.assertEqual(stamps, list(range(stamps[0], stamps[-1] + 30, 30)) if stamps else [])
         for stamp, values in rows.items():
             self.assertEqual(values[0], stamp % 86400 // 30, f"slot number of {stamp}")
+
+
+class MovedClock:
+    """Stands still where the test puts it; a daemon that waits for a second notices within one."""
+
+    def __init__(self, directory, start):
+        self.file = Path(directory, "clock")
+        self.move_to(start)
+
+    def move_to(self, seconds):
+        new = self.file.with_suffix(".new")
+        new.write_text(utc_text(seconds) + "\n", encoding="utf-8")
+        new.rename(self.file)
+        self.now = seconds
 
 
 class RunningDaemon:

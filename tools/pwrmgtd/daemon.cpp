@@ -44,6 +44,12 @@ std::unique_ptr<Source> make_source(const Options& options, Log& log) {
     return std::make_unique<TraceSource>(std::move(*trace), options.trace_file);
 }
 
+BaySetup bay_setup(const Options& options, const Source* source,
+                   const std::optional<trace::Trace>& past) {
+    const std::size_t told_of = source != nullptr ? source->supplies() : past->supply_count();
+    return {bay_count(options.bays, told_of), options.psu_input_label_w, options.psu_label_w};
+}
+
 // One lock per file of the database: they can be combined anew with two environment variables.
 class DatabaseLock {
 public:
@@ -132,7 +138,8 @@ Exit run_daemon(const Options& options, Clock& clock, Log& log, const Print& pri
     if (const Exit refused = lock.take(directories, log); refused != Exit::ok) return refused;
 
     const std::int64_t now_s = options.until_s.value_or(clock.now());
-    if (!start_tables({tables, log, now_s, options.redundancy_mode})) {
+    const BaySetup bays = bay_setup(options, source.get(), past);
+    if (!start_tables({tables, log, now_s, options.redundancy_mode, bays})) {
         log.error("the power history could not be started");
         return Exit::failure;
     }

@@ -13,6 +13,9 @@ namespace {
 // A mode that the library does not know makes it choose: 1, or 15 on a blade.
 constexpr std::uint32_t kLibraryChooses = 255;
 
+// From 8192 W on no available power is told.
+constexpr int kHighestLabel_w = 8191;
+
 constexpr const char* kDescription =
     "Records the power history of this server.\n\n"
     "Every second pwrmgtd reads the power of the system, its processors and its memory, and\n"
@@ -61,6 +64,21 @@ void add_live_options(CLI::App& app, Options& options) {
         ->type_name("MODE");
 }
 
+void add_supply_options(CLI::App& app, Options& options) {
+    app.add_option("--bays", options.bays,
+                   "Supply bays of the machine, 1 to 12; what platform and source tell otherwise")
+        ->check(CLI::Range(1, static_cast<int>(PWRMGT_MAX_PSU)).description(""))
+        ->type_name("N");
+    app.add_option("--psu-label", options.psu_label_w,
+                   "Label output power of a supply whose source tells none, 1 to 8191")
+        ->check(CLI::Range(1, kHighestLabel_w).description(""))
+        ->type_name("WATTS");
+    app.add_option("--psu-input-label", options.psu_input_label_w,
+                   "Label input power of such a supply, 1 to 8191")
+        ->check(CLI::Range(1, kHighestLabel_w).description(""))
+        ->type_name("WATTS");
+}
+
 void add_replay_options(CLI::App& app, Options& options) {
     auto* const replay =
         app.add_option("--replay", options.replay_file,
@@ -102,6 +120,7 @@ Parsed parse_options(int argc, const char* const* argv) {
     app.footer(kFooter);
     app.set_version_flag("--version", "pwrmgtd " PWRMGTD_VERSION);
     add_live_options(app, options);
+    add_supply_options(app, options);
     add_replay_options(app, options);
     app.add_flag("--verbose", options.verbose, "Say everything on standard error");
     try {

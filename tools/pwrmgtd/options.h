@@ -20,6 +20,9 @@ struct Options {
     std::string trace_file;
     Rhythm rhythm;
     std::uint32_t redundancy_mode = 0;
+    std::optional<int> bays;  // nothing: what platform and source tell
+    Watts psu_input_label_w;
+    Watts psu_label_w;
     std::string replay_file;  // empty: no replay
     std::string until = "now";
     std::optional<std::int64_t> until_s;  // nothing: now

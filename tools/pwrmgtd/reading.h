@@ -24,13 +24,25 @@ struct SupplyReading {
     Watts dc_w;
 };
 
+// What a source tells of a supply beside its power. An empty value is not told: what was known of
+// it stays, so a source that falls silent changes nothing.
+struct SupplyState {
+    std::optional<bool> present;
+    std::optional<bool> ac_lost;
+    std::optional<bool> fault;
+    std::optional<std::uint8_t> voltage_class;
+    Watts input_label_w;
+    Watts output_label_w;
+};
+
 struct Reading {
     Watts sys_ac_w;
     Watts sys_dc_w;
     Watts cpu_w;
     Watts mem_w;
-    std::array<SupplyReading, kSupplies> supplies;  // place 0 is supply 1
-    std::array<Watts, kCpus> each_cpu_w;            // place 0 is processor 1
+    std::array<SupplyReading, kSupplies> supplies;     // place 0 is supply 1
+    std::array<SupplyState, kSupplies> supply_states;  // as above
+    std::array<Watts, kCpus> each_cpu_w;               // place 0 is processor 1
     Percent sys_pct;
     Percent cpu_pct;
     Percent mem_pct;

@@ -2,6 +2,7 @@
 // Where readings come from.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <memory>
 #include <string>
@@ -25,6 +26,9 @@ public:
 
     // What it is, in words.
     virtual std::string name() const = 0;
+
+    // The highest supply it can tell of; 0 when it tells of none.
+    virtual std::size_t supplies() const { return 0; }
 };
 
 // A row of a measured trace; none is a moment without readings.
@@ -38,6 +42,7 @@ public:
 
     Reading read(std::int64_t now_s) override;
     std::string name() const override;
+    std::size_t supplies() const override { return trace_.supply_count(); }
 
 private:
     trace::Trace trace_;

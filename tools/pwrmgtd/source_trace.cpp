@@ -1,7 +1,18 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "source.h"
+#include "supply_bays.h"
 
 namespace pwrmgt::pwrmgtd {
+namespace {
+
+SupplyState state_of(const trace::SupplyState& row) {
+    SupplyState state{row.present,     row.ac_lost,    row.fault,
+                      row.input_class, row.label_in_w, row.label_out_w};
+    if (!row.input_class && row.input_v) state.voltage_class = voltage_class_of(*row.input_v);
+    return state;
+}
+
+}  // namespace
 
 Reading reading_of(const trace::Reading* row) {
     if (row == nullptr) return {};
@@ -12,6 +23,7 @@ Reading reading_of(const trace::Reading* row) {
     reading.mem_w = row->mem_w;
     for (std::size_t i = 0; i < kSupplies; ++i) {
         reading.supplies[i] = {row->supplies[i].ac_in_w, row->supplies[i].dc_out_w};
+        reading.supply_states[i] = state_of(row->supply_states[i]);
     }
     reading.sys_pct = row->sys_pct;
     reading.cpu_pct = row->cpu_pct;

@@ -82,11 +82,17 @@ bool start_power_policy(const Startup& start) {
     return true;
 }
 
+bool start_supplies(const Startup& start) {
+    if (!start.tables.start_bays(start.bays)) return false;
+    start.log.notice("supplies: " + std::to_string(start.bays.count) + " bays");
+    return true;
+}
+
 // In this order; a subsystem that gets tables adds its step here.
 constexpr std::array kSteps{
     Step{save_left_over_slots, Need::optional}, Step{start_power_history, Need::required},
     Step{start_extra_history, Need::optional},  Step{start_thermal_history, Need::optional},
-    Step{start_power_policy, Need::optional},
+    Step{start_power_policy, Need::optional},   Step{start_supplies, Need::optional},
 };
 
 }  // namespace

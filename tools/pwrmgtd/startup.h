@@ -15,6 +15,7 @@ struct Startup {
     Log& log;
     std::int64_t now_s;
     std::uint32_t redundancy_mode;  // of a policy row that is not there yet
+    BaySetup bays{};
 };
 
 // Runs every step, also after one that failed. False when a step failed that the history cannot do

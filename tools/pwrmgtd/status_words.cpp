@@ -14,7 +14,7 @@ struct Meaning {
 };
 
 // clang-format off
-constexpr std::array<Meaning, 34> kMeanings{{
+constexpr std::array<Meaning, 42> kMeanings{{
     {"pwrmgt_init_hist_table",          1,  "no database connection"},
     {"pwrmgt_init_hist_table",          6,  "old rows could not be trimmed, or the working table not emptied"},
     {"pwrmgt_init_hist_table",          4,  "the saved history could not be copied to the working table"},
@@ -22,6 +22,14 @@ constexpr std::array<Meaning, 34> kMeanings{{
     {"pwrmgt_init_power_policy_table",  3,  "the policy row could not be queried"},
     {"pwrmgt_init_power_policy_table",  7,  "no memory for the policy row"},
     {"pwrmgt_init_power_policy_table",  4,  "the policy row could not be inserted"},
+    {"pwrmgt_init_psu_property_table",  3,  "the supply table could not be queried"},
+    {"pwrmgt_init_psu_property_table",  6,  "the supply table could not be emptied"},
+    {"pwrmgt_init_psu_property_table",  7,  "no memory for the bays"},
+    {"pwrmgt_init_psu_property_table",  4,  "a bay could not be inserted"},
+    {"pwrmgt_update_psu_property_table", 3, "the bay could not be queried"},
+    {"pwrmgt_update_psu_property_table", 4, "the bay has no row"},
+    {"pwrmgt_update_psu_property_table", 7, "no memory for the bay"},
+    {"pwrmgt_update_psu_property_table", 5, "the bay could not be updated"},
     {"pwrmgt_update_realtime_table",    3,  "the real-time row could not be queried"},
     {"pwrmgt_update_realtime_table",    31, "the real-time table holds more than one row"},
     {"pwrmgt_update_realtime_table",    4,  "the real-time row could not be inserted"},

@@ -52,7 +52,7 @@ std::string within(std::int64_t first_s, std::int64_t last_s) {
 
 }  // namespace
 
-DatabaseTables::DatabaseTables(Log& log) : log_(log), temperatures_(log) {}
+DatabaseTables::DatabaseTables(Log& log) : log_(log), temperatures_(log), bays_(log) {}
 
 DatabaseTables::~DatabaseTables() {
     if (connection_ != 0) vek_db_close(connection_);
@@ -74,6 +74,7 @@ bool DatabaseTables::show(const Reading& reading, std::int64_t now_s) {
     row.cpu_pct = stored(reading.cpu_pct);
     row.mem_pct = stored(reading.mem_pct);
     row.io_pct = stored(reading.io_pct);
+    bays_.take(reading);
     if (is_recordable(now_s)) temperatures_.take(reading, now_s);
     return note_status(
         log_, "pwrmgt_update_realtime_table",
@@ -195,6 +196,10 @@ bool DatabaseTables::start_temperatures() {
     const std::optional<Extent> history = extent(kWorkingThermal);
     temperatures_.resume(connection_, history ? history->newest_s : 0);
     return saved && started && history;
+}
+
+bool DatabaseTables::start_bays(const BaySetup& setup) {
+    return bays_.start(connection_, setup);
 }
 
 bool DatabaseTables::record_temperatures(const Reading& reading, std::int64_t minute_s) {

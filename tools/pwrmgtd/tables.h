@@ -12,6 +12,7 @@
 #include "log.h"
 #include "reading.h"
 #include "slot.h"
+#include "supply_bays.h"
 #include "temperatures.h"
 
 namespace pwrmgt::pwrmgtd {
@@ -23,8 +24,8 @@ public:
     Tables(const Tables&) = delete;
     Tables& operator=(const Tables&) = delete;
 
-    // Makes `reading` the real-time row and the latest temperatures, and records the temperatures
-    // once a minute.
+    // Makes `reading` the real-time row, the latest temperatures and the supply bays, and records
+    // the temperatures once a minute.
     virtual bool show(const Reading& reading, std::int64_t now_s) = 0;
 
     // Appends rows to the working histories, in order, up to the first that the main one refuses.
@@ -61,6 +62,9 @@ public:
     // Brings the thermal tables in order; called once, before the first reading.
     bool start_temperatures();
 
+    // Makes the rows of the supply bays; called once, before the first reading.
+    bool start_bays(const BaySetup& setup);
+
     // Records the temperatures of a minute of the past.
     bool record_temperatures(const Reading& reading, std::int64_t minute_s);
 
@@ -92,6 +96,7 @@ private:
     Log& log_;
     std::uint32_t connection_ = 0;
     Temperatures temperatures_;
+    Bays bays_;
 };
 
 inline constexpr const char* kWorkingHistory = "HistPowers24HrMem";

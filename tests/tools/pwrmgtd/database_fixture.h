@@ -54,6 +54,17 @@ protected:
         return found;
     }
 
+    // Supply bays that pass a filter.
+    int bays_with(const char* filter) {
+        std::uint32_t result = 0;
+        EXPECT_EQ(vek_db_query(tables.connection(), "PsuPropertyMem", nullptr, 0, filter, 0, 0,
+                               nullptr, &result),
+                  0);
+        const int rows = vek_db_result_row_count(result);
+        vek_db_free_result(result);
+        return rows;
+    }
+
     int raw(const std::string& sql) {
         return vek_db_raw_query(tables.connection(), sql.c_str(),
                                 static_cast<std::uint32_t>(sql.size()), nullptr);

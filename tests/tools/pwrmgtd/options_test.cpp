@@ -30,6 +30,19 @@ TEST(Options, NoneMeansRecordingFromTheFirmware) {
     EXPECT_FALSE(parsed.options->verbose);
 }
 
+TEST(Options, SuppliesAreReadAndOtherwiseLeftToTheSource) {
+    const Parsed none = parse({});
+    const Parsed all = parse({"--bays", "8", "--psu-label", "1800", "--psu-input-label", "2000"});
+
+    ASSERT_TRUE(none.options && all.options) << all.text;
+    EXPECT_EQ(none.options->bays, std::nullopt);
+    EXPECT_EQ(none.options->psu_label_w, std::nullopt);
+    EXPECT_EQ(none.options->psu_input_label_w, std::nullopt);
+    EXPECT_EQ(all.options->bays, 8);
+    EXPECT_EQ(all.options->psu_label_w, 1800);
+    EXPECT_EQ(all.options->psu_input_label_w, 2000);
+}
+
 TEST(Options, AReplayIsReadWithItsEnd) {
     const Parsed parsed = parse({"--replay", "day.csv", "--until", "2025-06-04T00:00:10Z"});
 
@@ -55,6 +68,11 @@ TEST(Options, EdgesOfTheRangesAreTaken) {
                                                {"--persist-every", "2880"},
                                                {"--redundancy-mode", "0"},
                                                {"--redundancy-mode", "4"},
+                                               {"--bays", "1"},
+                                               {"--bays", "12"},
+                                               {"--psu-label", "1"},
+                                               {"--psu-label", "8191"},
+                                               {"--psu-input-label", "8191"},
                                                {"--replay", "f", "--until", "86401"},
                                                {"--replay", "f", "--until", "2147483647"}}) {
         EXPECT_TRUE(parse(arguments).options) << arguments[0] << ' ' << arguments.back();
@@ -69,6 +87,11 @@ TEST(Options, WrongOnesAreUsageErrors) {
                                                {"--persist-every", "0"},
                                                {"--persist-every", "2881"},
                                                {"--redundancy-mode", "5"},
+                                               {"--bays", "0"},
+                                               {"--bays", "13"},
+                                               {"--psu-label", "0"},
+                                               {"--psu-label", "8192"},
+                                               {"--psu-input-label", "-1"},
                                                {"--source", "oracle"},
                                                {"--source", "0"},
                                                {"--source", "trace"},
@@ -98,6 +121,7 @@ TEST(Options, HelpNamesEveryOptionAndExitCode) {
     EXPECT_THAT(parsed.text,
                 AllOf(HasSubstr("--source"), HasSubstr("--trace"), HasSubstr("--sample-interval"),
                       HasSubstr("--persist-every"), HasSubstr("--redundancy-mode"),
+                      HasSubstr("--bays"), HasSubstr("--psu-label"), HasSubstr("--psu-input-label"),
                       HasSubstr("--replay"), HasSubstr("--until"), HasSubstr("--then-run"),
                       HasSubstr("--verbose"), HasSubstr("--version")));
     EXPECT_THAT(parsed.text, AllOf(HasSubstr("0 ended"), HasSubstr("1 failure"),

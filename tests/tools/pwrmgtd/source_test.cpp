@@ -55,6 +55,11 @@ TEST_F(FirmwareSourceTest, AnAnswerIsAReading) {
     EXPECT_EQ(reading.supplies[0].ac_w, std::nullopt);
 }
 
+TEST_F(FirmwareSourceTest, TellsOfNoSupply) {
+    EXPECT_EQ(source.supplies(), 0U);
+    EXPECT_EQ(source.read(0).supply_states[0].present, std::nullopt);
+}
+
 TEST_F(FirmwareSourceTest, MarkersAreMissingReadings) {
     g_answer = {0,    0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF,
                 0xFF, 0xFF, 0xFF, 0xFF, 0,    0,    0,    0};
@@ -119,7 +124,38 @@ TEST(TraceReading, TakesEveryQuantityOver) {
     EXPECT_EQ(reading.io_pct, 40);
 }
 
+TEST(TraceReading, StatesOfSuppliesAreTakenOver) {
+    trace::Reading row = measured(0);
+    row.supply_states[3] = {true, false, true, 16, 110, 2000, 1800};
+    row.supply_states[4].present = false;
+
+    const Reading reading = reading_of(&row);
+
+    EXPECT_EQ(reading.supply_states[3].present, true);
+    EXPECT_EQ(reading.supply_states[3].ac_lost, false);
+    EXPECT_EQ(reading.supply_states[3].fault, true);
+    EXPECT_EQ(reading.supply_states[3].voltage_class, 16);
+    EXPECT_EQ(reading.supply_states[3].input_label_w, 2000);
+    EXPECT_EQ(reading.supply_states[3].output_label_w, 1800);
+    EXPECT_EQ(reading.supply_states[4].present, false);
+    EXPECT_EQ(reading.supply_states[0].present, std::nullopt);
+}
+
+TEST(TraceReading, AVoltageClassFollowsFromVoltsWhereNoneIsTold) {
+    trace::Reading row = measured(0);
+    row.supply_states[0].input_v = 232;
+    row.supply_states[1].input_v = 110;
+    row.supply_states[2].input_v = 12;
+
+    const Reading reading = reading_of(&row);
+
+    EXPECT_EQ(reading.supply_states[0].voltage_class, 0);
+    EXPECT_EQ(reading.supply_states[1].voltage_class, 1);
+    EXPECT_EQ(reading.supply_states[2].voltage_class, std::nullopt);
+}
+
 TEST(TraceReading, NoRowIsAMissingReading) {
+    EXPECT_EQ(reading_of(nullptr).supply_states[0].present, std::nullopt);
     EXPECT_EQ(reading_of(nullptr).sys_dc_w, std::nullopt);
 }
 
@@ -134,6 +170,7 @@ TEST(TraceSource, PlaysFromMidnightAndStartsOver) {
     EXPECT_EQ(source.read(kMidnight + 60).cpu_w, 99);
     EXPECT_EQ(source.read(kMidnight + 61).cpu_w, 60);
     EXPECT_EQ(source.name(), "trace day.csv");
+    EXPECT_EQ(source.supplies(), 4U);
 }
 
 }  // namespace

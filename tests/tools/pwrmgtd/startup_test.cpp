@@ -17,21 +17,23 @@ constexpr std::int64_t kMidnight = 1748995200;  // 2025-06-04 00:00:00, slot 0
 
 class StartupTest : public DatabaseTest {
 protected:
-    bool start(std::int64_t now_s) { return start_tables({tables, log, now_s, 255}); }
+    bool start(std::int64_t now_s) { return start_tables({tables, log, now_s, 255, {2, {}, {}}}); }
 };
 
 TEST_F(StartupTest, AnEmptyDatabaseIsReadyAndHasAPolicy) {
     EXPECT_TRUE(start(kMidnight));
 
-    EXPECT_THAT(log.lines, ElementsAre("power history: empty",
-                                       "power policy: redundancy mode 1, capping off"));
+    EXPECT_THAT(log.lines,
+                ElementsAre("power history: empty", "power policy: redundancy mode 1, capping off",
+                            "supplies: 2 bays"));
+    EXPECT_EQ(bays_with("Present=15"), 2);
     EXPECT_EQ(number("PowerPolicy", "RedunMode", "_id=0"), 1);
     EXPECT_EQ(number("PowerPolicy", "IsBlade", "_id=0"), 0);
 }
 
 TEST_F(StartupTest, AStoredPolicyWinsOverTheOption) {
-    start_tables({tables, log, kMidnight, 3});
-    start_tables({tables, log, kMidnight, 2});
+    start_tables({tables, log, kMidnight, 3, {2, {}, {}}});
+    start_tables({tables, log, kMidnight, 2, {2, {}, {}}});
 
     EXPECT_EQ(number("PowerPolicy", "RedunMode", "_id=0"), 3);
     EXPECT_EQ(log.count("redundancy mode 3"), 2U);
@@ -115,6 +117,15 @@ TEST_F(StartupTest, APolicyThatCannotBeStoredStopsNothing) {
     EXPECT_TRUE(start(kMidnight));
 
     EXPECT_EQ(log.count("pwrmgt_init_power_policy_table: status 3"), 1U);
+}
+
+TEST_F(StartupTest, BaysThatCannotBeMadeStopNothing) {
+    ASSERT_EQ(raw("DROP TABLE PsuPropertyMem"), 0);
+
+    EXPECT_TRUE(start(kMidnight));
+
+    EXPECT_EQ(log.count("pwrmgt_init_psu_property_table: status 3"), 1U);
+    EXPECT_EQ(log.count("supplies:"), 0U);
 }
 
 }  // namespace
