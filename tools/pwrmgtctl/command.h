@@ -27,19 +27,20 @@ struct Outcome {
     Exit exit = Exit::ok;
     std::string document;
     std::string error;
+    Exit unwritten = Exit::failure;  // when the document cannot be written
 };
 
 inline Outcome succeed(std::string document) {
-    return {Exit::ok, std::move(document), {}};
+    return {Exit::ok, std::move(document), {}, Exit::failure};
 }
 
 inline Outcome fail(Exit exit, std::string error) {
-    return {exit, {}, std::move(error)};
+    return {exit, {}, std::move(error), Exit::failure};
 }
 
 // What is shown all the same.
 inline Outcome succeed_but(Exit exit, std::string document, std::string error) {
-    return {exit, std::move(document), std::move(error)};
+    return {exit, std::move(document), std::move(error), Exit::failure};
 }
 
 // The parsed command leaves its work here; main runs it after parsing has succeeded.
@@ -54,6 +55,10 @@ void add_power(CLI::App& app, Action& chosen);
 void add_thermal(CLI::App& app, Action& chosen);
 void add_realtime(CLI::App& app, Action& chosen);
 void add_policy(CLI::App& app, Action& chosen);
+void add_check(CLI::App& app, Action& chosen);
+
+// A command line that `check` cannot follow: told the way a monitoring plugin tells it.
+Outcome check_mistake(const std::string& words);
 
 // Parses the command line and runs the command it names.
 Outcome run(int argc, const char* const* argv);

@@ -27,9 +27,9 @@ int main(int argc, char** argv) {
         if (!outcome.document.empty()) {
             const int error = standard_output.write(outcome.document);
             // A reader that left early, such as head, knows; nobody else has to be told.
-            if (error == EPIPE) return static_cast<int>(Exit::failure);
+            if (error == EPIPE) return static_cast<int>(outcome.unwritten);
             if (error != 0) {
-                return report(Exit::failure,
+                return report(outcome.unwritten,
                               std::string("standard output: ") + std::strerror(error));
             }
         }

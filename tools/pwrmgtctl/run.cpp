@@ -27,7 +27,7 @@ constexpr const char* kFooter =
     "  pwrmgtctl history psu 1 --period 6h --entries 5\n"
     "  pwrmgtctl policy --json\n"
     "\n"
-    "Each command has a --help of its own.";
+    "Each command has a --help of its own; check has exit codes of its own.";
 
 std::string mistake(const CLI::App& app, const CLI::ParseError& error) {
     // A word that is no command is told as itself, not as the command that is missing.
@@ -43,6 +43,7 @@ Outcome parse_outcome(const CLI::App& app, const CLI::ParseError& error) {
     std::ostringstream hint;
     // Help and version are no errors; they come as their text on the stream for documents.
     if (app.exit(error, out, hint) != 0) {
+        if (app.got_subcommand("check")) return check_mistake(mistake(app, error));
         return fail(Exit::usage, mistake(app, error) + "\nTry 'pwrmgtctl --help'.");
     }
     std::string text = out.str();
@@ -66,6 +67,7 @@ Outcome run(int argc, const char* const* argv) {
     add_redundancy(app, chosen);
     add_power(app, chosen);
     add_thermal(app, chosen);
+    add_check(app, chosen);
     app.footer(kFooter);  // last: a family made after it would inherit it
     try {
         app.parse(argc, argv);
