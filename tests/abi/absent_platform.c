@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
-// The platform functions of a machine that has none of it: everything fails. A program defines those
-// it is about; the others stand here, because the library asks for all of them when it is loaded.
+// The platform functions of a machine that has none of it: everything fails. A program defines
+// those it is about; the others stand here, because the library asks for all of them when it is
+// loaded.
 // clang-format off
 #define ABSENT(name, answer) __attribute__((weak)) int name(void) { return answer; }
 // clang-format on
