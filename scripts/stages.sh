@@ -27,7 +27,7 @@ need_stage_packages() {
     local stage
     for stage in "$@"; do
         case $stage in
-            checks) wanted+=('clang-format:clang-format') ;;
+            checks) wanted+=('clang-format:clang-format' 'systemd-analyze:systemd') ;;
             clang) wanted+=('clang++:clang') ;;
             tidy) wanted+=('clang-tidy:clang-tidy') ;;
             arm | size)
