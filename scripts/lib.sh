@@ -65,6 +65,9 @@ need_build_packages() {
 # The compiler cache is kept in the home directory, or with the builds for a user who has none.
 [ -n "${CCACHE_DIR:-}" ] || [ -w "${HOME:-/nonexistent}" ] || export CCACHE_DIR=$PROJECT_ROOT/build/ccache
 
+# Test headers are precompiled; ccache takes such builds only when told that it may.
+export CCACHE_SLOPPINESS=${CCACHE_SLOPPINESS:-pch_defines,time_macros}
+
 # configure <preset> [<cmake option>...]: makes build/<preset>, through ccache. A tree that is configured already is left
 # alone: the build itself notices changed CMake files.
 configure() {

@@ -7,9 +7,9 @@ STAGES=(
     'gcc|240|g++, optimised as shipped: build everything, run every test'
     'checks|60|include flow, headers alone, kept behaviours, documents, words, format, and their self-tests'
     'debug|20|g++, not optimised: build the library, run the interface tests (symbols, layouts, shared globals)'
-    'clang|240|clang++: build everything, run every test'
-    'sanitizers|360|AddressSanitizer and UndefinedBehaviorSanitizer: build everything, run every test'
+    'sanitizers|300|clang++ with AddressSanitizer and UndefinedBehaviorSanitizer: build everything, run every test'
     'arm|200|32-bit ARM: build the library and its recorder tests, run them under qemu-arm'
+    'coverage|40|the lines and branches of the library that its unit tests run'
     'tidy|60|clang-tidy over the library and the host platform'
     'size|10|the size of the library, host and ARM, stripped'
 )
@@ -28,7 +28,11 @@ need_stage_packages() {
     for stage in "$@"; do
         case $stage in
             checks) wanted+=('clang-format:clang-format' 'systemd-analyze:systemd') ;;
-            clang) wanted+=('clang++:clang') ;;
+            sanitizers)
+                wanted+=('clang++:clang'
+                    '/usr/lib/llvm-*/lib/clang/*/lib/linux/libclang_rt.asan-*.a:libclang-rt-14-dev')
+                ;;
+            coverage) wanted+=('gcovr:gcovr') ;;
             tidy) wanted+=('clang-tidy:clang-tidy') ;;
             arm | size)
                 wanted+=('arm-linux-gnueabihf-g++:g++-arm-linux-gnueabihf' 'qemu-arm:qemu-user'
@@ -53,15 +57,30 @@ build_and_test() {
     configure "$1" && build "$1" && run_ctest "$1" -LE '^checks$'
 }
 
-stage_gcc() { build_and_test release; }
-stage_clang() { build_and_test clang; }
-stage_sanitizers() {
+sanitized() { # <preset>
     UBSAN_OPTIONS=print_stacktrace=1 ASAN_OPTIONS=detect_stack_use_after_return=1:strict_string_checks=1 \
-        build_and_test sanitizers
+        build_and_test "$1"
 }
+
+stage_gcc() { build_and_test release; }
+stage_sanitizers() { sanitized sanitizers; }
 stage_arm() { build_and_test arm; }
 stage_checks() { configure release && run_ctest release -L '^checks$'; }
 stage_debug() { configure debug && build debug vekdb_pwrmgt abi_globals && run_ctest debug -L '^abi$'; }
+
+# The programs of the gcc stage load a library that counts. The rated-power reader is a part of its own test program.
+stage_coverage() {
+    local counting=$PROJECT_ROOT/build/coverage room
+    configure release && configure coverage && build coverage vekdb_pwrmgt rated_power_test || return
+    find "$counting" -name '*.gcda' -delete
+    for room in db history policy psu query thermal; do
+        build release "${room}_test" || return
+        LD_LIBRARY_PATH=$counting/src "$PROJECT_ROOT/build/release/tests/$room/${room}_test" --gtest_brief=1 || return
+    done
+    "$counting/tests/psu/rated_power_test" --gtest_brief=1 || return
+    gcovr --root "$PROJECT_ROOT" --filter src/ --exclude-throw-branches --exclude-unreachable-branches \
+        --print-summary --txt "$counting/coverage.txt" --fail-under-line 100 --fail-under-branch 98 "$counting"
+}
 
 stage_tidy() {
     configure release || return
@@ -87,7 +106,7 @@ stage_size() {
     rm -f "$copy"
 }
 
-is_testless() { [[ " tidy size valgrind " == *" $1 "* ]]; }
+is_testless() { [[ " coverage tidy size mutation valgrind " == *" $1 "* ]]; }
 
 # run_stages <stage>...: runs them, keeps each one's output in build/logs, prints the table and the closing line.
 # Returns 1 when a stage failed.
@@ -117,6 +136,8 @@ run_stages() {
             say "    (all of it: build/logs/$stage.log)"
         elif [ "$stage" = size ]; then
             grep -A 3 '^build ' "$log"
+        elif [ "$stage" = coverage ]; then
+            grep -E '^(lines|branches):' "$log"
         fi
         [ "$stage_skipped" -gt 0 ] && result="$result, $stage_skipped skipped"
         [ $seconds -gt "$(stage_field "$stage" 2)" ] && result="$result, over budget"
