@@ -23,7 +23,8 @@ stage_field() { # <name> <field number>
 # need_stage_packages <stage>...: everything the stages need, in one go, before the first of them starts
 need_stage_packages() {
     local wanted=('git:git' 'python3:python3' '/usr/include/gtest/gtest.h:libgtest-dev'
-        '/usr/include/gmock/gmock.h:libgmock-dev' '/usr/lib/*/faketime/libfaketime.so.1:libfaketime')
+        '/usr/include/gmock/gmock.h:libgmock-dev' '/usr/lib/*/faketime/libfaketime.so.1:libfaketime'
+        '/usr/lib/python3/dist-packages/prometheus_client/parser.py:python3-prometheus-client')
     local stage
     for stage in "$@"; do
         case $stage in

@@ -56,6 +56,7 @@ void add_thermal(CLI::App& app, Action& chosen);
 void add_realtime(CLI::App& app, Action& chosen);
 void add_policy(CLI::App& app, Action& chosen);
 void add_check(CLI::App& app, Action& chosen);
+void add_metrics(CLI::App& app, Action& chosen);
 
 // A command line that `check` cannot follow: told the way a monitoring plugin tells it.
 Outcome check_mistake(const std::string& words);

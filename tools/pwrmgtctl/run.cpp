@@ -68,6 +68,7 @@ Outcome run(int argc, const char* const* argv) {
     add_power(app, chosen);
     add_thermal(app, chosen);
     add_check(app, chosen);
+    add_metrics(app, chosen);
     app.footer(kFooter);  // last: a family made after it would inherit it
     try {
         app.parse(argc, argv);

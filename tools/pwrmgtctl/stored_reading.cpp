@@ -62,4 +62,18 @@ uint32_t read_stored_reading(StoredReading& reading) {
     return read_row(handles.result, reading);
 }
 
+std::optional<int64_t> newest_temperature_s() {
+    Handles handles;
+    handles.connection = pwrmgt_get_db_handle();
+    if (handles.connection == 0) return std::nullopt;
+    const std::array<const char*, 1> columns{"Timestamp"};
+    const int failed = vek_db_query(handles.connection, "RealTimeThermalMem", columns.data(), 1,
+                                    nullptr, 1, 0, "Timestamp DESC", &handles.result);
+    if (failed != 0 || handles.result == 0) return std::nullopt;
+    if (vek_db_result_step(handles.result) != kRowReady) return std::nullopt;
+    int32_t taken_s = 0;
+    if (vek_db_result_column_int(handles.result, 0, &taken_s) != 0) return std::nullopt;
+    return taken_s;
+}
+
 }  // namespace pwrmgt::pwrmgtctl

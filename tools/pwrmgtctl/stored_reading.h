@@ -4,6 +4,7 @@
 
 #include <array>
 #include <cstdint>
+#include <optional>
 
 #include "missing.h"
 
@@ -34,5 +35,8 @@ struct StoredReading {
 // Statuses follow the library's: 10 not offered, 2 no connection, 3 the query failed, 8 no row, 31
 // more than one. Untouched unless 0.
 uint32_t read_stored_reading(StoredReading& reading);
+
+// When the newest row of `RealTimeThermalMem` was taken; none when there is none, or no telling.
+std::optional<int64_t> newest_temperature_s();
 
 }  // namespace pwrmgt::pwrmgtctl
