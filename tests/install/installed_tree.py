@@ -59,10 +59,11 @@ class InstalledTree(unittest.TestCase):
 
     def build_with_cmake(self, *options):
         build = self.scratch / "consumer"
-        cross = [f"-DCMAKE_TOOLCHAIN_FILE={os.environ['TOOLCHAIN']}", "-DCMAKE_FIND_ROOT_PATH_MODE_PACKAGE=BOTH"] \
-            if os.environ["TOOLCHAIN"] else [f"-DCMAKE_C_COMPILER={CC}", f"-DCMAKE_CXX_COMPILER={CXX}"]
-        run(CMAKE, "-G", os.environ["GENERATOR"], "-S", CONSUMER, "-B", build, f"-DCMAKE_PREFIX_PATH={self.prefix}",
-            *cross, *options, env=self.environment)
+        # A toolchain file for another machine keeps the search to that machine's system: there the package is named.
+        found = [f"-DCMAKE_TOOLCHAIN_FILE={os.environ['TOOLCHAIN']}",
+                 f"-Dvekdb_pwrmgt_DIR={self.prefix / LIBDIR / 'cmake/vekdb_pwrmgt'}"] if os.environ["TOOLCHAIN"] else [
+                     f"-DCMAKE_C_COMPILER={CC}", f"-DCMAKE_CXX_COMPILER={CXX}", f"-DCMAKE_PREFIX_PATH={self.prefix}"]
+        run(CMAKE, "-G", os.environ["GENERATOR"], "-S", CONSUMER, "-B", build, *found, *options, env=self.environment)
         run(CMAKE, "--build", build, env=self.environment)
         return build
 
