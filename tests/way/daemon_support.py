@@ -39,6 +39,8 @@ class WayTest(unittest.TestCase):
         self.addCleanup(shutil.rmtree, self.place)
         self.state, self.runtime = self.place / "state", self.place / "run"
         self.properties = None  # a file of the test's own
+        self.configuration = Path(os.devnull)
+        self.variables = {}  # more of the environment
         # Made here, so that a database client that runs as root and one that does not find the same.
         self.state.mkdir(mode=0o700)
         self.runtime.mkdir(mode=0o700)
@@ -46,8 +48,9 @@ class WayTest(unittest.TestCase):
     def environment(self, clock):
         """`clock`: seconds to stand still at, or ("seconds to start at", factor to run faster by), a MovedClock, or None:
         real time."""
-        kept = {k: v for k, v in os.environ.items() if not k.startswith(("VEKDB_", "FAKETIME"))}
-        kept |= {"VEKDB_STATE_DIR": str(self.state), "VEKDB_RUNTIME_DIR": str(self.runtime), "TZ": "UTC"}
+        kept = {k: v for k, v in os.environ.items() if not k.startswith(("VEKDB_", "FAKETIME", "PWRMGTD_"))}
+        kept |= {"VEKDB_STATE_DIR": str(self.state), "VEKDB_RUNTIME_DIR": str(self.runtime), "TZ": "UTC",
+                 "PWRMGTD_CONFIG": str(self.configuration)} | self.variables
         if self.properties is not None:
             kept["VEKDB_PROPS"] = str(self.properties)
         if clock is None:
@@ -72,8 +75,9 @@ class WayTest(unittest.TestCase):
         self.assertEqual(run.returncode, exit_code, run.stdout + run.stderr)
         return run.stdout, run.stderr
 
-    def daemon(self, *arguments, clock):
-        running = RunningDaemon([DAEMON, "--verbose", *arguments], self.environment(clock))
+    def daemon(self, *arguments, clock, quiet=False):
+        verbose = [] if quiet else ["--verbose"]
+        running = RunningDaemon([DAEMON, *verbose, *arguments], self.environment(clock))
         self.addCleanup(running.dispose)
         return running
 

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// The daemon's time, timer and end in one piece, so that tests run a day in a moment.
+// The daemon's time, timer and signals in one piece, so that tests run a day in a moment.
 #pragma once
 
 #include <csignal>
@@ -7,7 +7,8 @@
 
 namespace pwrmgt::pwrmgtd {
 
-enum class Wake { time, stop };
+// `reload`: read the configuration again. `save`: save what is recorded, now.
+enum class Wake { time, stop, reload, save };
 
 class Clock {
 public:
@@ -20,12 +21,13 @@ public:
     virtual std::int64_t now() = 0;
 
     // Waits for second `t_s`, but a second at most, so that a clock that is set meanwhile is
-    // noticed; the caller looks at now(). `stop` once the daemon is to end.
+    // noticed; the caller looks at now(). Something else than `time` when that was asked for.
     virtual Wake wait_until(std::int64_t t_s) = 0;
 };
 
-// The wall clock; SIGTERM, SIGINT and SIGHUP are the end. They are held back from construction on
-// and arrive in wait_until() only, so nothing else is ever interrupted. One per process.
+// The wall clock; SIGTERM and SIGINT are the end, SIGHUP is a reload, SIGUSR1 a save. They are held
+// back from construction on and arrive in wait_until() only, so nothing else is ever interrupted.
+// One per process.
 class SystemClock final : public Clock {
 public:
     SystemClock();

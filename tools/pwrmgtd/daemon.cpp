@@ -10,12 +10,14 @@
 #include <cstring>
 #include <filesystem>
 #include <memory>
+#include <utility>
 
 #include "lock.h"
 #include "replay.h"
 #include "source.h"
 #include "startup.h"
 #include "state_dir.h"
+#include "supervision.h"
 #include "tables.h"
 #include "time_text.h"
 
@@ -23,32 +25,6 @@ namespace pwrmgt::pwrmgtd {
 namespace {
 
 constexpr const char* kLockFile = "/pwrmgtd.lock";
-
-std::optional<trace::Trace> load_trace(const std::string& file, Log& log) {
-    trace::LoadResult loaded = trace::load(file);
-    if (!loaded.trace) {
-        log.error(loaded.error);
-        return std::nullopt;
-    }
-    if (loaded.trace->ignored_values() > 0) {
-        log.warning(file + ": " + std::to_string(loaded.trace->ignored_values()) +
-                    " values out of range count as missing");
-    }
-    return std::move(loaded.trace);
-}
-
-std::unique_ptr<Source> make_source(const Options& options, Log& log) {
-    if (options.source == SourceKind::firmware) return std::make_unique<FirmwareSource>(log);
-    std::optional<trace::Trace> trace = load_trace(options.trace_file, log);
-    if (!trace) return nullptr;
-    return std::make_unique<TraceSource>(std::move(*trace), options.trace_file);
-}
-
-BaySetup bay_setup(const Options& options, const Source* source,
-                   const std::optional<trace::Trace>& past) {
-    const std::size_t told_of = source != nullptr ? source->supplies() : past->supply_count();
-    return {bay_count(options.bays, told_of), options.psu_input_label_w, options.psu_label_w};
-}
 
 // One lock per file of the database: they can be combined anew with two environment variables.
 class DatabaseLock {
@@ -107,24 +83,27 @@ bool fill_past(const trace::Trace& past, std::int64_t until_s, std::int64_t now_
     return filled;
 }
 
-bool record(const Station& station, Rhythm rhythm) {
-    station.log.notice("recording from " + station.source.name());
-    Schedule schedule(station, rhythm);
+bool record(Supervision& supervision, const Options& options, DatabaseTables& tables,
+            const Process& process) {
+    process.log.notice("recording from " + supervision.source().name());
+    Schedule schedule({process.clock, supervision.source(), tables, process.log, supervision},
+                      options.rhythm);
     const bool saved = schedule.run();
-    if (saved) station.log.notice("ended, everything saved");
-    if (!saved) station.log.error("ended with slots that could not be saved");
+    if (saved) process.log.notice("ended, everything saved");
+    if (!saved) process.log.error("ended with slots that could not be saved");
     return saved;
 }
 
 }  // namespace
 
-Exit run_daemon(const Options& options, Clock& clock, Log& log, const Print& print) {
+Exit run_daemon(const Options& options, const Process& process) {
+    Log& log = process.log;
     const auto started = std::chrono::steady_clock::now();
     const bool replays = !options.replay_file.empty();
     const bool records = !replays || options.then_run;
     const std::optional<trace::Trace> past =
         replays ? load_trace(options.replay_file, log) : std::nullopt;
-    const std::unique_ptr<Source> source = records ? make_source(options, log) : nullptr;
+    std::unique_ptr<Source> source = records ? make_source(options, log) : nullptr;
     if ((replays && !past) || (records && !source)) return Exit::failure;
 
     const vekdb::Directories directories = vekdb::choose_directories();
@@ -137,20 +116,23 @@ Exit run_daemon(const Options& options, Clock& clock, Log& log, const Print& pri
     DatabaseLock lock;
     if (const Exit refused = lock.take(directories, log); refused != Exit::ok) return refused;
 
-    const std::int64_t now_s = options.until_s.value_or(clock.now());
-    const BaySetup bays = bay_setup(options, source.get(), past);
-    if (!start_tables({tables, log, now_s, options.redundancy_mode, bays})) {
+    const std::int64_t now_s = options.until_s.value_or(process.clock.now());
+    const std::size_t supplies = source ? source->supplies() : past->supply_count();
+    if (!start_tables(
+            {tables, log, now_s, options.redundancy_mode, bay_setup(options, supplies)})) {
         log.error("the power history could not be started");
         return Exit::failure;
     }
     if (past) {
-        if (!fill_past(*past, now_s, clock.now(), tables, log)) return Exit::failure;
+        if (!fill_past(*past, now_s, process.clock.now(), tables, log)) return Exit::failure;
         const auto took = std::chrono::steady_clock::now() - started;
         const ReplayPlan plan = plan_replay(*past, now_s);
-        if (!print(summary(options.replay_file, plan, directories, took))) return Exit::failure;
+        if (!process.print(summary(options.replay_file, plan, directories, took)))
+            return Exit::failure;
     }
-    return !records || record({clock, *source, tables, log}, options.rhythm) ? Exit::ok
-                                                                             : Exit::failure;
+    if (!records) return Exit::ok;
+    Supervision supervision(options, std::move(source), tables, log, process.reread);
+    return record(supervision, options, tables, process) ? Exit::ok : Exit::failure;
 }
 
 }  // namespace pwrmgt::pwrmgtd

@@ -1,10 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "log.h"
 
+#include <sys/stat.h>
 #include <syslog.h>
 #include <unistd.h>
 
 #include <cstdio>
+#include <cstdlib>
 
 namespace pwrmgt::pwrmgtd {
 namespace {
@@ -23,7 +25,27 @@ int priority(Severity severity) {
     return LOG_DEBUG;
 }
 
+// The service manager names what it has connected to the journal.
+bool is_journal(int descriptor) {
+    const char* const stream = std::getenv("JOURNAL_STREAM");
+    struct stat status {};
+    if (stream == nullptr || fstat(descriptor, &status) != 0) return false;
+    return stream == std::to_string(status.st_dev) + ":" + std::to_string(status.st_ino);
+}
+
+void print(Severity severity, const std::string& line, bool to_journal) {
+    if (to_journal) {
+        std::fprintf(stderr, "<%d>%s\n", priority(severity), line.c_str());
+    } else {
+        std::fprintf(stderr, "pwrmgtd: %s\n", line.c_str());
+    }
+}
+
 }  // namespace
+
+void complain(const std::string& line) {
+    print(Severity::error, line, is_journal(STDERR_FILENO));
+}
 
 void Log::state(std::string_view subject, const std::string& trouble) {
     const auto known = troubles_.find(subject);
@@ -39,8 +61,9 @@ void Log::state(std::string_view subject, const std::string& trouble) {
     warning(std::string(subject) + ": " + trouble);
 }
 
-SystemLog::SystemLog(Loudness loudness) : echoed_(Severity::error) {
-    if (isatty(STDERR_FILENO) == 1) echoed_ = Severity::notice;
+SystemLog::SystemLog(Loudness loudness)
+    : echoed_(Severity::error), to_journal_(is_journal(STDERR_FILENO)) {
+    if (isatty(STDERR_FILENO) == 1 || to_journal_) echoed_ = Severity::notice;
     if (loudness == Loudness::everything) echoed_ = Severity::detail;
     openlog("pwrmgtd", LOG_PID, LOG_DAEMON);
 }
@@ -50,8 +73,9 @@ SystemLog::~SystemLog() {
 }
 
 void SystemLog::write(Severity severity, const std::string& line) {
-    if (severity != Severity::detail) syslog(priority(severity), "%s", line.c_str());
-    if (severity <= echoed_) std::fprintf(stderr, "pwrmgtd: %s\n", line.c_str());
+    const bool to_log = severity != Severity::detail && !to_journal_;
+    if (to_log) syslog(priority(severity), "%s", line.c_str());
+    if (severity <= echoed_) print(severity, line, to_journal_);
 }
 
 }  // namespace pwrmgt::pwrmgtd

@@ -34,10 +34,14 @@ private:
     std::map<std::string, std::string, std::less<>> troubles_;
 };
 
+// An error on standard error only, in the form that a terminal or the journal takes.
+void complain(const std::string& line);
+
 enum class Loudness { usual, everything };
 
 // Errors always reach standard error, notices a terminal; everything when it is asked for. Details
-// never burden the system log.
+// never burden the system log. Where standard error is the journal, everything goes there once,
+// with its priority.
 class SystemLog final : public Log {
 public:
     explicit SystemLog(Loudness loudness);
@@ -48,6 +52,7 @@ protected:
 
 private:
     Severity echoed_;
+    bool to_journal_;
 };
 
 }  // namespace pwrmgt::pwrmgtd

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // pwrmgtd: the power-management daemon. Standard output carries its own document only; whatever the
 // library traces there goes nowhere.
-#include <cstdio>
 #include <exception>
 
 #include "clock.h"
@@ -15,7 +14,7 @@ using namespace pwrmgt::pwrmgtd;
 namespace {
 
 int report(Exit exit, const char* words) {
-    std::fprintf(stderr, "pwrmgtd: %s\n", words);
+    complain(words);
     return static_cast<int>(exit);
 }
 
@@ -34,7 +33,8 @@ int main(int argc, char** argv) {
             if (!written) log.error("standard output could not be written");
             return written;
         };
-        return static_cast<int>(run_daemon(*parsed.options, clock, log, print));
+        const Reread reread = [&] { return parse_options(argc, argv); };
+        return static_cast<int>(run_daemon(*parsed.options, {clock, log, print, reread}));
     } catch (const std::exception& failure) {
         return report(Exit::failure, failure.what());
     }

@@ -1,107 +1,97 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "options.h"
 
-#include <CLI/CLI.hpp>
-#include <limits>
-#include <map>
+#include <algorithm>
+#include <cstdlib>
+#include <fstream>
+#include <vector>
 
+#include "command_line.h"
+#include "configuration.h"
+#include "measured_trace.h"
 #include "time_text.h"
 
 namespace pwrmgt::pwrmgtd {
 namespace {
 
-// A mode that the library does not know makes it choose: 1, or 15 on a blade.
-constexpr std::uint32_t kLibraryChooses = 255;
-
-// From 8192 W on no available power is told.
-constexpr int kHighestLabel_w = 8191;
-
-constexpr const char* kDescription =
-    "Records the power history of this server.\n\n"
-    "Every second pwrmgtd reads the power of the system, its processors and its memory, and\n"
-    "makes it the real-time row of the database. Every 30 seconds it stores average, maximum\n"
-    "and minimum as a row of the 24-hour history, and every few rows it saves them where they\n"
-    "outlive a reboot. It stays in the foreground. SIGTERM or SIGINT saves the rest and ends it.";
-
-constexpr const char* kFooter =
-    "Examples:\n"
-    "  pwrmgtd                                         record from the firmware\n"
-    "  pwrmgtd --source trace --trace day.csv          play a measured trace as if it were live\n"
-    "  pwrmgtd --replay day.csv                        fill the past 24 hours at once, and end\n"
-    "  pwrmgtd --replay day.csv --until 2025-06-04T00:00:00Z\n"
-    "  pwrmgtd --replay day.csv --then-run             fill them, then record\n\n"
-    "Environment: VEKDB_STATE_DIR and VEKDB_RUNTIME_DIR say where the database is.\n\n"
-    "Exit codes: 0 ended as asked, everything saved; 1 failure (database, trace or lock file);\n"
-    "2 wrong command line; 3 another pwrmgtd works on this database.";
-
-constexpr const char* kUntilText = "SECONDS or \"YYYY-MM-DD HH:MM:SS\" (UTC) or now";
-
-void add_live_options(CLI::App& app, Options& options) {
-    static const std::map<std::string, SourceKind> kSources{{"firmware", SourceKind::firmware},
-                                                            {"trace", SourceKind::trace}};
-    app.add_option_function<std::string>(
-           "--source", [&options](const std::string& name) { options.source = kSources.at(name); },
-           "Where readings come from: firmware (over IPMI, the default) or trace")
-        ->check(CLI::IsMember(kSources).description(""))
-        ->type_name("SOURCE");
-    app.add_option("--trace", options.trace_file, "CSV file that --source trace plays")
-        ->type_name("FILE");
-    app.add_option("--sample-interval", options.rhythm.sample_interval_s,
-                   "Seconds between readings, 1 to 30")
-        ->check(CLI::Range(1, 30).description(""))
-        ->type_name("SECONDS")
-        ->capture_default_str();
-    app.add_option("--persist-every", options.rhythm.persist_slots,
-                   "Rows between saves, 1 to 2880; a power cut loses at most these")
-        ->check(CLI::Range(1, static_cast<int>(PWRMGT_RING_SLOTS)).description(""))
-        ->type_name("ROWS")
-        ->capture_default_str();
-    app.add_option(
-           "--redundancy-mode", options.redundancy_mode,
-           "Supply redundancy mode, 0 to 4, of a policy that is not stored yet; the library's "
-           "default otherwise")
-        ->check(CLI::Range(0, 4).description(""))
-        ->type_name("MODE");
+std::string as_argument(const Setting& setting) {
+    return "--" + setting.name + "=" + setting.value;
 }
 
-void add_supply_options(CLI::App& app, Options& options) {
-    app.add_option("--bays", options.bays,
-                   "Supply bays of the machine, 1 to 12; what platform and source tell otherwise")
-        ->check(CLI::Range(1, static_cast<int>(PWRMGT_MAX_PSU)).description(""))
-        ->type_name("N");
-    app.add_option("--psu-label", options.psu_label_w,
-                   "Label output power of a supply whose source tells none, 1 to 8191")
-        ->check(CLI::Range(1, kHighestLabel_w).description(""))
-        ->type_name("WATTS");
-    app.add_option("--psu-input-label", options.psu_input_label_w,
-                   "Label input power of such a supply, 1 to 8191")
-        ->check(CLI::Range(1, kHighestLabel_w).description(""))
-        ->type_name("WATTS");
+// What is wrong with a setting taken by itself, with the place it comes from; or nothing.
+std::string problem_of(const Setting& setting, const std::vector<std::string>& names) {
+    const std::string origin = setting.origin + ": ";
+    if (std::find(names.begin(), names.end(), setting.name) == names.end()) {
+        return origin + "there is no setting '" + setting.name + "'";
+    }
+    if (setting.value.empty()) return origin + setting.name + " has no value";
+    Options ignored;
+    CLI::App app;
+    add_options(app, ignored, CLI::MultiOptionPolicy::Throw);
+    try {
+        app.parse(std::vector<std::string>{as_argument(setting)});
+    } catch (const CLI::ParseError& error) {
+        const std::string words = error.what();
+        return origin + (words.starts_with("--") ? words.substr(2) : words);
+    }
+    return {};
 }
 
-void add_replay_options(CLI::App& app, Options& options) {
-    auto* const replay =
-        app.add_option("--replay", options.replay_file,
-                       "Fill the past 24 hours from this CSV file, replacing what is stored there")
-            ->type_name("FILE");
-    app.add_option("--until", options.until,
-                   std::string("With --replay: the end of those 24 hours, ") + kUntilText)
-        ->needs(replay)
-        ->type_name("TIME")
-        ->capture_default_str();
-    app.add_flag("--then-run", options.then_run, "With --replay: go on recording afterwards")
-        ->needs(replay);
+// The file that is read: the one asked for, or the usual one where it exists; "" for none.
+std::string config_file(const CLI::App& app, const Options& options) {
+    if (app.count("--config") > 0) return options.config_file;
+    const char* const variable = std::getenv("PWRMGTD_CONFIG");
+    if (variable != nullptr && *variable != '\0') return variable;
+    return std::ifstream(kUsualConfigFile) ? kUsualConfigFile : "";
+}
+
+// File and environment, in the order in which later ones win.
+Settings settings_beside(const std::string& file) {
+    const std::vector<std::string> names = configurable_names();
+    Settings all = file.empty() ? Settings{} : settings_of_file(file);
+    if (!all.error.empty()) return all;
+    const Settings environment = settings_of_environment(names);
+    all.settings.insert(all.settings.end(), environment.settings.begin(),
+                        environment.settings.end());
+    for (const Setting& setting : all.settings) {
+        all.error = problem_of(setting, names);
+        if (!all.error.empty()) return all;
+    }
+    return all;
+}
+
+// A configuration file that says what is in force; `given` is the command line alone.
+std::string effective_text(const CLI::App& app, const CLI::App& given, const Settings& beside,
+                           const std::string& file) {
+    std::string text = "# pwrmgtd: configuration in force" +
+                       (file.empty() ? ", no file" : "; file " + file) + "\n";
+    for (const CLI::Option* option : configurable_options(app)) {
+        const std::string name = option->get_lnames().front();
+        std::string origin = "built in";
+        for (const Setting& setting : beside.settings) {
+            if (setting.name == name) origin = setting.origin;
+        }
+        if (given.count("--" + name) > 0) origin = "command line";
+        const std::string value =
+            option->count() > 0 ? option->results().back() : option->get_default_str();
+        const bool bare = value.find_first_not_of("0123456789") == std::string::npos ||
+                          value == "true" || value == "false";
+        text += value.empty()
+                    ? "# " + name + " is not set\n"
+                    : name + " = " + (bare ? value : '"' + value + '"') + "  # " + origin + "\n";
+    }
+    return text;
 }
 
 // What CLI11 cannot say; the reason, or nothing.
-std::string check(const CLI::App& app, Options& options) {
+std::string check(const CLI::App& given, Options& options) {
     if (options.source == SourceKind::trace && options.trace_file.empty()) {
         return "--source trace needs --trace FILE";
     }
-    if (options.source != SourceKind::trace && app.count("--trace") > 0) {
+    if (options.source != SourceKind::trace && given.count("--trace") > 0) {
         return "--trace needs --source trace";
     }
-    if (app.count("--replay") > 0 && options.replay_file.empty()) return "--replay needs a file";
+    if (given.count("--replay") > 0 && options.replay_file.empty()) return "--replay needs a file";
     if (options.until == "now") return {};
     options.until_s = parse_time(options.until);
     if (!options.until_s) return "--until: '" + options.until + "' is not " + kUntilText;
@@ -111,30 +101,55 @@ std::string check(const CLI::App& app, Options& options) {
     return {};
 }
 
-}  // namespace
+Parsed refused(const std::string& reason) {
+    return {std::nullopt, Exit::usage, reason + "; --help tells more"};
+}
 
-Parsed parse_options(int argc, const char* const* argv) {
-    Options options;
-    options.redundancy_mode = kLibraryChooses;
-    CLI::App app(kDescription, "pwrmgtd");
-    app.footer(kFooter);
-    app.set_version_flag("--version", "pwrmgtd " PWRMGTD_VERSION);
-    add_live_options(app, options);
-    add_supply_options(app, options);
-    add_replay_options(app, options);
-    app.add_flag("--verbose", options.verbose, "Say everything on standard error");
+// The command line by itself; nothing when it is in order and asks for no text.
+std::optional<Parsed> parse_given(CLI::App& app, int argc, const char* const* argv) {
     try {
         app.parse(argc, argv);
     } catch (const CLI::CallForHelp&) {
-        return {std::nullopt, Exit::ok, app.help()};
+        return Parsed{std::nullopt, Exit::ok, app.help()};
     } catch (const CLI::CallForVersion& version) {
-        return {std::nullopt, Exit::ok, std::string(version.what()) + "\n"};
+        return Parsed{std::nullopt, Exit::ok, std::string(version.what()) + "\n"};
     } catch (const CLI::ParseError& error) {
-        return {std::nullopt, Exit::usage, error.what() + std::string("; --help tells more")};
+        return refused(error.what());
     }
-    const std::string reason = check(app, options);
-    if (!reason.empty()) return {std::nullopt, Exit::usage, reason + "; --help tells more"};
-    return {options, Exit::ok, {}};
+    return std::nullopt;
+}
+
+}  // namespace
+
+Parsed parse_options(int argc, const char* const* argv) {
+    Options of_command_line;
+    CLI::App given(kDescription, "pwrmgtd");
+    add_options(given, of_command_line, CLI::MultiOptionPolicy::Throw);
+    if (const auto ended = parse_given(given, argc, argv)) return *ended;
+
+    const std::string file = config_file(given, of_command_line);
+    const Settings beside = settings_beside(file);
+    if (!beside.error.empty()) return {std::nullopt, Exit::usage, beside.error};
+
+    // Every setting is in order by itself; later ones win.
+    std::vector<std::string> arguments;
+    for (const Setting& setting : beside.settings) {
+        arguments.push_back(as_argument(setting));
+    }
+    arguments.insert(arguments.end(), argv + 1, argv + argc);
+    std::reverse(arguments.begin(), arguments.end());  // as CLI11 takes them
+    Options options;
+    CLI::App app(kDescription, "pwrmgtd");
+    add_options(app, options, CLI::MultiOptionPolicy::TakeLast);
+    app.parse(std::move(arguments));
+    const std::string reason = check(given, options);
+    if (!reason.empty()) return refused(reason);
+    if (!options.check_config) return {options, Exit::ok, {}};
+    if (options.source == SourceKind::trace) {
+        const trace::LoadResult loaded = trace::load(options.trace_file);
+        if (!loaded.trace) return {std::nullopt, Exit::failure, loaded.error};
+    }
+    return {std::nullopt, Exit::ok, effective_text(app, given, beside, file)};
 }
 
 }  // namespace pwrmgt::pwrmgtd

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// The command line.
+// What the daemon is told: by its command line, by the environment and by a configuration file.
 #pragma once
 
 #include <cstdint>
@@ -16,6 +16,8 @@ enum class Exit : int { ok = 0, failure = 1, usage = 2, already_running = 3 };
 enum class SourceKind { firmware, trace };
 
 struct Options {
+    std::string config_file;
+    bool check_config = false;
     SourceKind source = SourceKind::firmware;
     std::string trace_file;
     Rhythm rhythm;
@@ -30,14 +32,14 @@ struct Options {
     bool verbose = false;
 };
 
-// What a command line comes to: options to run with, or a text to print and the exit code to end
-// with.
+// What it comes to: options to run with, or a text to print and the exit code to end with.
 struct Parsed {
     std::optional<Options> options;
     Exit exit = Exit::ok;
     std::string text;
 };
 
+// The command line wins over the environment, that over the file, and that over what is built in.
 Parsed parse_options(int argc, const char* const* argv);
 
 }  // namespace pwrmgt::pwrmgtd

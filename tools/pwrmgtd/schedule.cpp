@@ -9,18 +9,37 @@
 
 namespace pwrmgt::pwrmgtd {
 
-Schedule::Schedule(const Station& station, Rhythm rhythm) : station_(station), rhythm_(rhythm) {}
+Schedule::Schedule(const Station& station, Rhythm rhythm)
+    : station_(station), source_(&station.source), rhythm_(rhythm) {}
 
-bool Schedule::run() {
-    if (!station_.tables.read_newest(newest_s_)) return false;
+void Schedule::use(Source& source, Rhythm rhythm) {
+    source_ = &source;
+    rhythm_ = rhythm;
+    last_sample_.reset();
+}
+
+// Until it is told to stop.
+void Schedule::serve() {
     std::int64_t wake_s = station_.clock.now();
-    while (station_.clock.wait_until(wake_s) == Wake::time) {
+    for (bool first = true;; first = false) {
+        const Wake wake = station_.clock.wait_until(wake_s);
+        if (wake == Wake::stop) return;
+        if (wake == Wake::reload) station_.supervisor.reload(*this);
         const std::int64_t now_s = station_.clock.now();
         tick(now_s);
+        if (wake == Wake::save) save_on_request();
+        if (first) station_.supervisor.started();
+        station_.supervisor.goes_on();
         const std::int64_t next_sample_s =
             (now_s / rhythm_.sample_interval_s + 1) * rhythm_.sample_interval_s;
         wake_s = std::min(next_sample_s, slot_start(now_s) + kSlot_s);
     }
+}
+
+bool Schedule::run() {
+    if (!station_.tables.read_newest(newest_s_)) return false;
+    serve();
+    station_.supervisor.stopping();
     const std::int64_t end_s = station_.clock.now();
     if (!advance(end_s)) write_queued(end_s);
     return save(end_s) && queued_.empty();
@@ -109,8 +128,10 @@ void Schedule::write_queued(std::int64_t now_s) {
     if (!first_unsaved_s_) first_unsaved_s_ = queued_.front().stamp_s;
     last_written_s_ = queued_[written - 1].stamp_s;
     queued_.erase(queued_.begin(), queued_.begin() + static_cast<std::ptrdiff_t>(written));
-    station_.log.detail("recorded up to the slot of " + time_text(last_written_s_) + ", " +
-                        std::to_string(unsaved_slots()) + " not saved yet");
+    const std::string far = "recorded up to the slot of " + time_text(last_written_s_) + ", " +
+                            std::to_string(unsaved_slots()) + " not saved yet";
+    station_.log.detail(far);
+    station_.supervisor.recorded(far);
 }
 
 bool Schedule::save(std::int64_t now_s) {
@@ -123,12 +144,19 @@ bool Schedule::save(std::int64_t now_s) {
     return true;
 }
 
+void Schedule::save_on_request() {
+    const std::int64_t unsaved = unsaved_slots();
+    const bool saved = save(station_.clock.now());
+    station_.log.notice("asked to save: " + (saved ? std::to_string(unsaved) + " slots saved"
+                                                   : std::string("not everything was saved")));
+}
+
 std::int64_t Schedule::unsaved_slots() const {
     return first_unsaved_s_ ? (last_written_s_ - *first_unsaved_s_) / kSlot_s + 1 : 0;
 }
 
 void Schedule::take_reading(std::int64_t now_s) {
-    const Reading reading = station_.source.read(now_s);
+    const Reading reading = source_->read(now_s);
     station_.tables.show(reading, now_s);
     if (open_s_) readings_.add(reading);
 }

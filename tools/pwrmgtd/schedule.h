@@ -6,6 +6,7 @@
 
 #include <cstdint>
 #include <optional>
+#include <string>
 #include <vector>
 
 #include "clock.h"
@@ -21,11 +22,29 @@ struct Rhythm {
     std::int64_t persist_slots = 10;     // 1..2880
 };
 
+class Schedule;
+
+// Who is told how it goes, and may change the source and the rhythm when a reload is asked for.
+class Supervisor {
+public:
+    Supervisor() = default;
+    virtual ~Supervisor() = default;
+    Supervisor(const Supervisor&) = delete;
+    Supervisor& operator=(const Supervisor&) = delete;
+
+    virtual void started() {}  // the first reading has been taken
+    virtual void goes_on() {}  // each time the schedule wakes
+    virtual void recorded(const std::string&) {}
+    virtual void reload(Schedule&) {}
+    virtual void stopping() {}
+};
+
 struct Station {
     Clock& clock;
     Source& source;
     Tables& tables;
     Log& log;
+    Supervisor& supervisor;
 };
 
 class Schedule {
@@ -36,7 +55,12 @@ public:
     // Until the clock says stop; what is not saved yet is saved then. False when that failed.
     bool run();
 
+    // From the next reading on, which is due at once.
+    void use(Source& source, Rhythm rhythm);
+
 private:
+    void serve();
+    void save_on_request();
     void tick(std::int64_t now_s);
     bool advance(std::int64_t now_s);
     bool enter_slot(std::int64_t now_s);
@@ -49,6 +73,7 @@ private:
     void take_reading(std::int64_t now_s);
 
     Station station_;
+    Source* source_;
     Rhythm rhythm_;
 
     // The open slot: readings that do not make a row yet.

@@ -4,7 +4,7 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <memory>
+#include <optional>
 #include <string>
 #include <utility>
 
@@ -33,6 +33,9 @@ public:
 
 // A row of a measured trace; none is a moment without readings.
 Reading reading_of(const trace::Reading* row);
+
+// The trace in a file; none, and the reason in the log, when it cannot be read.
+std::optional<trace::Trace> load_trace(const std::string& file, Log& log);
 
 // A trace file that plays over and over in wall-clock time.
 class TraceSource final : public Source {

@@ -35,6 +35,19 @@ Reading reading_of(const trace::Reading* row) {
     return reading;
 }
 
+std::optional<trace::Trace> load_trace(const std::string& file, Log& log) {
+    trace::LoadResult loaded = trace::load(file);
+    if (!loaded.trace) {
+        log.error(loaded.error);
+        return std::nullopt;
+    }
+    if (loaded.trace->ignored_values() > 0) {
+        log.warning(file + ": " + std::to_string(loaded.trace->ignored_values()) +
+                    " values out of range count as missing");
+    }
+    return std::move(loaded.trace);
+}
+
 Reading TraceSource::read(std::int64_t now_s) {
     return reading_of(trace_.reading_at(trace_.live_second(now_s)));
 }

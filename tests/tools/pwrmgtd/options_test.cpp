@@ -13,7 +13,9 @@ namespace {
 using testing::AllOf;
 using testing::HasSubstr;
 
+// On a machine without a configuration.
 Parsed parse(std::vector<const char*> arguments) {
+    arguments.insert(arguments.begin(), {"--config", ""});
     arguments.insert(arguments.begin(), "pwrmgtd");
     return parse_options(static_cast<int>(arguments.size()), arguments.data());
 }
@@ -118,12 +120,13 @@ TEST(Options, HelpNamesEveryOptionAndExitCode) {
 
     EXPECT_FALSE(parsed.options);
     EXPECT_EQ(parsed.exit, Exit::ok);
-    EXPECT_THAT(parsed.text,
-                AllOf(HasSubstr("--source"), HasSubstr("--trace"), HasSubstr("--sample-interval"),
-                      HasSubstr("--persist-every"), HasSubstr("--redundancy-mode"),
-                      HasSubstr("--bays"), HasSubstr("--psu-label"), HasSubstr("--psu-input-label"),
-                      HasSubstr("--replay"), HasSubstr("--until"), HasSubstr("--then-run"),
-                      HasSubstr("--verbose"), HasSubstr("--version")));
+    EXPECT_THAT(
+        parsed.text,
+        AllOf(HasSubstr("--source"), HasSubstr("--trace"), HasSubstr("--sample-interval"),
+              HasSubstr("--persist-every"), HasSubstr("--redundancy-mode"), HasSubstr("--bays"),
+              HasSubstr("--psu-label"), HasSubstr("--psu-input-label"), HasSubstr("--replay"),
+              HasSubstr("--until"), HasSubstr("--then-run"), HasSubstr("--verbose"),
+              HasSubstr("--version"), HasSubstr("--config"), HasSubstr("--check-config")));
     EXPECT_THAT(parsed.text, AllOf(HasSubstr("0 ended"), HasSubstr("1 failure"),
                                    HasSubstr("2 wrong"), HasSubstr("3 another")));
 }

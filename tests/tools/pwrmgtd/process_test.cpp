@@ -102,12 +102,51 @@ TEST(SystemClock, ATimeThatHasPassedIsNotWaitedFor) {
 }
 
 TEST(SystemClock, ASignalThatCameEarlierIsTheEndOfTheNextWait) {
-    for (const int signal : {SIGTERM, SIGINT, SIGHUP}) {
+    for (const int signal : {SIGTERM, SIGINT}) {
         SystemClock clock;
         raise(signal);
 
         EXPECT_EQ(clock.wait_until(clock.now() + 3600), Wake::stop) << signal;
     }
+}
+
+TEST(SystemClock, AHangupAsksForAReloadOnce) {
+    SystemClock clock;
+    raise(SIGHUP);
+
+    EXPECT_EQ(clock.wait_until(clock.now() + 3600), Wake::reload);
+    EXPECT_EQ(clock.wait_until(0), Wake::time);
+}
+
+TEST(SystemClock, TheFirstUserSignalAsksForASaveOnce) {
+    SystemClock clock;
+    raise(SIGUSR1);
+
+    EXPECT_EQ(clock.wait_until(clock.now() + 3600), Wake::save);
+    EXPECT_EQ(clock.wait_until(0), Wake::time);
+}
+
+TEST(SystemClock, TheMostUrgentOfSeveralSignalsComesFirst) {
+    SystemClock clock;
+    raise(SIGUSR1);
+    raise(SIGHUP);
+
+    EXPECT_EQ(clock.wait_until(0), Wake::reload);
+    EXPECT_EQ(clock.wait_until(0), Wake::save);
+    raise(SIGHUP);
+    raise(SIGTERM);
+    EXPECT_EQ(clock.wait_until(0), Wake::stop);
+}
+
+TEST(SystemClock, AHangupThatTheStarterIgnoresIsIgnored) {
+    std::signal(SIGHUP, SIG_IGN);
+    {
+        SystemClock clock;
+        raise(SIGHUP);
+
+        EXPECT_EQ(clock.wait_until(0), Wake::time);
+    }
+    std::signal(SIGHUP, SIG_DFL);
 }
 
 }  // namespace

@@ -17,7 +17,7 @@ class ScheduleTest : public testing::Test {
 protected:
     // Runs a daemon from one second to another on the tables as they are.
     bool run(SimulatedClock& clock, Rhythm rhythm) {
-        return Schedule({clock, source, tables, log}, rhythm).run();
+        return Schedule({clock, source, tables, log, supervisor}, rhythm).run();
     }
     bool run(std::int64_t from_s, std::int64_t to_s, Rhythm rhythm) {
         SimulatedClock clock(from_s, to_s);
@@ -34,6 +34,7 @@ protected:
 
     MemoryTables tables;
     CollectingLog log;
+    Supervisor supervisor;
     // Power is the second within the slot, so every row of whole slots averages 14.
     ScriptedSource source{
         [](std::int64_t now_s) { return system_reading(static_cast<std::uint16_t>(now_s % 30)); }};

@@ -58,7 +58,7 @@ TEST_F(ScheduleTest, ASourceWithoutReadingsGivesEmptyRows) {
     ScriptedSource silent([](std::int64_t) { return Reading{}; });
     SimulatedClock clock(kNoon, kNoon + 30);
 
-    Schedule({clock, silent, tables, log}, {}).run();
+    Schedule({clock, silent, tables, log, supervisor}, {}).run();
 
     EXPECT_EQ(tables.watts_at(kNoon), 65535);
 }
@@ -142,7 +142,7 @@ TEST_F(ScheduleTest, RowsThatWereRefusedAreWrittenLater) {
         return system_reading(5);
     });
 
-    const bool saved = Schedule({clock, recovering, tables, log}, {}).run();
+    const bool saved = Schedule({clock, recovering, tables, log, supervisor}, {}).run();
 
     EXPECT_TRUE(saved);
     EXPECT_THAT(tables.stamps(),
@@ -165,7 +165,7 @@ TEST_F(ScheduleTest, ASaveThatFailsIsTriedAgainWithTheNextSlot) {
         return system_reading(5);
     });
 
-    Schedule({clock, recovering, tables, log}, {.persist_slots = 2}).run();
+    Schedule({clock, recovering, tables, log, supervisor}, {.persist_slots = 2}).run();
 
     EXPECT_THAT(tables.saves, ElementsAre(Pair(kNoon, kNoon + 30), Pair(kNoon, kNoon + 60),
                                           Pair(kNoon, kNoon + 90), Pair(kNoon + 120, kNoon + 120)));
@@ -176,6 +176,70 @@ TEST_F(ScheduleTest, ALastSaveThatFailsMakesTheEndAFailure) {
     tables.refuse_saves = true;
 
     EXPECT_FALSE(run(kNoon, kNoon + 60, {}));
+}
+
+TEST_F(ScheduleTest, ASaveThatIsAskedForTakesWhatIsRecorded) {
+    SimulatedClock clock(kNoon, kNoon + 100);
+    clock.ask_at(kNoon + 65, Wake::save);
+    clock.ask_at(kNoon + 70, Wake::save);
+
+    run(clock, {});
+
+    EXPECT_THAT(tables.saves, ElementsAre(Pair(kNoon, kNoon + 30), Pair(kNoon + 60, kNoon + 60)));
+    EXPECT_EQ(log.count("asked to save: 2 slots saved"), 1U);
+    EXPECT_EQ(log.count("asked to save: 0 slots saved"), 1U);
+}
+
+TEST_F(ScheduleTest, ASaveThatIsAskedForAndFailsIsTold) {
+    tables.refuse_saves = true;
+    SimulatedClock clock(kNoon, kNoon + 60);
+    clock.ask_at(kNoon + 45, Wake::save);
+
+    run(clock, {});
+
+    EXPECT_EQ(log.count("asked to save: not everything was saved"), 1U);
+}
+
+// Answers a reload with another source, and counts what it is told.
+class Reloading : public Supervisor {
+public:
+    void started() override { calls.emplace_back("started"); }
+    void goes_on() override { ++wakes; }
+    void recorded(const std::string& how_far) override { calls.push_back(how_far); }
+    void reload(Schedule& schedule) override {
+        calls.emplace_back("reload");
+        schedule.use(other, {.sample_interval_s = 10});
+    }
+    void stopping() override { calls.emplace_back("stopping"); }
+
+    ScriptedSource other{[](std::int64_t) { return system_reading(500); }};
+    std::vector<std::string> calls;
+    int wakes = 0;
+};
+
+TEST_F(ScheduleTest, AReloadPutsAnotherSourceAndRhythmInPlaceAtOnce) {
+    Reloading reloading;
+    SimulatedClock clock(kNoon, kNoon + 60);
+    clock.ask_at(kNoon + 33, Wake::reload);
+
+    Schedule({clock, source, tables, log, reloading}, {}).run();
+
+    EXPECT_THAT(reloading.other.read_at_s, ElementsAre(kNoon + 33, kNoon + 40, kNoon + 50));
+    EXPECT_EQ(tables.watts_at(kNoon), 14);
+    EXPECT_EQ(tables.working.find(kNoon + 30)->second.system.max, 500);
+}
+
+TEST_F(ScheduleTest, TheSupervisorHearsHowItGoes) {
+    Reloading reloading;
+    SimulatedClock clock(kNoon, kNoon + 35);
+
+    Schedule({clock, source, tables, log, reloading}, {}).run();
+
+    EXPECT_THAT(
+        reloading.calls,
+        ElementsAre("started", "recorded up to the slot of 2025-06-03 12:00:00Z, 1 not saved yet",
+                    "stopping"));
+    EXPECT_EQ(reloading.wakes, 35);
 }
 
 TEST_F(ScheduleTest, SlotsThatWereNeverSavedAgeOutAfterADay) {

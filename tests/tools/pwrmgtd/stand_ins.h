@@ -29,6 +29,9 @@ public:
 
     void set_at(std::int64_t when_s, std::int64_t new_s) { steps_.push_back({when_s, new_s}); }
 
+    // Something is asked for when that second comes.
+    void ask_at(std::int64_t when_s, Wake wake) { asked_[when_s] = wake; }
+
     std::int64_t now() override { return now_s_; }
     Wake wait_until(std::int64_t t_s) override {
         if (t_s > now_s_) now_s_ = std::min(t_s, now_s_ + 1);
@@ -36,6 +39,7 @@ public:
             now_s_ = steps_.front().second;
             steps_.erase(steps_.begin());
         }
+        if (const auto asked = asked_.extract(now_s_)) return asked.mapped();
         return steps_.empty() && now_s_ >= stop_s_ ? Wake::stop : Wake::time;
     }
 
@@ -43,6 +47,7 @@ private:
     std::int64_t now_s_;
     std::int64_t stop_s_;
     std::vector<std::pair<std::int64_t, std::int64_t>> steps_;
+    std::map<std::int64_t, Wake> asked_;
 };
 
 class ScriptedSource final : public Source {
