@@ -31,9 +31,9 @@ void PowerGroup::open() {
 }
 
 void PowerGroup::read(uint32_t result, int first_column) {
-    for (uint16_t& value : current_) {
-        vek_db_result_column_short_uint(result, first_column++, &value);
-    }
+    vek_db_result_column_short_uint(result, first_column, &current_[0]);
+    vek_db_result_column_short_uint(result, first_column + 1, &current_[1]);
+    vek_db_result_column_short_uint(result, first_column + 2, &current_[2]);
 }
 
 void PowerGroup::miss() {
