@@ -210,6 +210,20 @@ TEST_F(Settings, EmptyTableRefusesAnUnstressPowerWith8) {
     }
 }
 
+TEST_F(Settings, UnreadableUnstressPowerCountsAs0) {
+    for (const Unstress& unstress : kUnstress) {
+        for (const auto& [watts_wanted, updates] : {std::pair{0, 0U}, std::pair{1, 1U}}) {
+            platform().reset();
+            stores(platform(), 300);
+            platform().fail(Operation::column);
+
+            EXPECT_EQ(unstress.set(static_cast<uint16_t>(watts_wanted)), 0U);
+
+            EXPECT_EQ(platform().count("update"), updates) << watts_wanted;
+        }
+    }
+}
+
 // Open; the getter's open, select three ways, row count, step, column; content, put, update.
 TEST_F(Settings, EachFailingCallOfAnUnstressSetterHasItsStatus) {
     for (const Unstress& unstress : kUnstress) {

@@ -86,6 +86,7 @@ int vek_db_query(uint32_t conn, const char* table, const char* const* columns, i
     for (int at = 0; columns != nullptr && at < n_columns; ++at) {
         line += (at > 0 ? "," : "") + std::string(columns[at]);
     }
+    if (columns == nullptr && n_columns != 0) line += std::to_string(n_columns) + " without names";
     line += "] where " + text_or_null(where) + " order " + text_or_null(order);
     if (limit != 0 || offset != 0) line += " limited";
     platform().log(line);

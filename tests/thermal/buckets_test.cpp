@@ -241,6 +241,16 @@ TEST_F(Buckets, NullCountOrSamplesIsReadAsNoIndex) {
                                        std::string("byte ") + kModulesPerSocket}));
 }
 
+TEST_F(Buckets, OnlyIndexIsMarkedWithoutARow) {
+    count = 1;
+
+    EXPECT_EQ(walk({}), 1U);
+
+    EXPECT_EQ(count, 1U);
+    EXPECT_EQ(samples[0].index, 1U);
+    EXPECT_EQ(samples[1].index, kNoIndex);
+}
+
 TEST_F(Buckets, CountOfNoIndexReadsNoRowAndMarksNothing) {
     count = 0;
 
