@@ -12,6 +12,10 @@ namespace pwrmgt::ipmi {
 
 inline constexpr std::size_t kHeaderBytes = 4;
 inline constexpr std::size_t kMaxResponseBytes = 256;
+// What IPMI's drivers and sessions have room for.
+inline constexpr std::size_t kMaxPayloadBytes = 256;
+// The responder address of a machine's own controller.
+inline constexpr std::uint8_t kController = 0x20;
 
 // A frame of at least kHeaderBytes: responder address, network function, LUN, command, data.
 class Request {
@@ -24,10 +28,17 @@ public:
     std::uint8_t command() const { return frame_[3]; }
     std::span<const std::uint8_t> payload() const { return frame_.subspan(kHeaderBytes); }
     std::size_t length() const { return frame_.size(); }
+    std::span<const std::uint8_t> frame() const { return frame_; }
 
 private:
     std::span<const std::uint8_t> frame_;
 };
+
+// Whether a real controller can be sent it: a request and no answer, whose fields fit their bits.
+inline bool can_be_sent(const Request& request) {
+    return request.netfn() <= 0x3E && request.netfn() % 2 == 0 && request.lun() <= 3 &&
+           request.payload().size() <= kMaxPayloadBytes;
+}
 
 // Completion code and data, put together byte by byte; what does not fit into the 256 bytes that a
 // caller has room for is dropped.

@@ -13,19 +13,21 @@
 #include "firmware_sim.h"
 #include "frame.h"
 #include "ipmiraw.h"
+#include "kernel_device.h"
+#include "remote.h"
 
 namespace pwrmgt::ipmi {
 namespace {
 
-// A failing setting is told once, not at every exchange of a daemon that asks each second. The
-// line never quotes the setting: a lan setting holds a password.
-void log_once(const std::string& setting, const char* reason) {
+// What fails is told once for a setting, not at every exchange of a daemon that asks each second.
+// The line never quotes the setting: a lan setting holds a password.
+void log_once(const std::string& setting, const std::string& reason) {
     static std::mutex mutex;
     static std::string told;
     const std::lock_guard lock(mutex);
-    if (told == setting) return;
-    told = setting;
-    syslog(LOG_ERR, "VEKDB_IPMI: %s", reason);
+    if (told == setting + reason) return;
+    told = setting + reason;
+    syslog(LOG_ERR, "VEKDB_IPMI: %s", reason.c_str());
 }
 
 bool names_simulator(std::string_view setting) {
@@ -45,20 +47,20 @@ bool names_remote(std::string_view setting) {
     return setting.starts_with(kRemote) && setting.size() > kRemote.size();
 }
 
-Send simulate(const Request& request, Response& response) {
+Send simulate(const std::string&, const Request& request, Response& response, std::string&) {
     return sim::answer(request, std::time(nullptr), response);
 }
 
 struct Transport {
     bool (*named_by)(std::string_view setting);
-    Send (*send)(const Request& request, Response& response);  // null: not in this build
-    const char* missing;
+    Send (*send)(const std::string& setting, const Request& request, Response& response,
+                 std::string& reason);
 };
 
 constexpr Transport kTransports[] = {
-    {names_simulator, simulate, nullptr},
-    {names_device, nullptr, "the kernel's IPMI device is not built in, nothing is sent"},
-    {names_remote, nullptr, "IPMI over LAN is not built in, nothing is sent"},
+    {names_simulator, simulate},
+    {names_device, ask_kernel},
+    {names_remote, ask_remote},
 };
 
 Send send(const Request& request, Response& response) {
@@ -66,9 +68,10 @@ Send send(const Request& request, Response& response) {
     const std::string setting = text != nullptr ? text : "";
     for (const Transport& transport : kTransports) {
         if (!transport.named_by(setting)) continue;
-        if (transport.send != nullptr) return transport.send(request, response);
-        log_once(setting, transport.missing);
-        return Send::not_built;
+        std::string reason;
+        const Send result = transport.send(setting, request, response, reason);
+        if (!reason.empty()) log_once(setting, reason);
+        return result;
     }
     log_once(setting, "neither sim, /dev/ipmiN nor lan://..., nothing is sent");
     return Send::unknown_transport;
@@ -80,7 +83,7 @@ Send exchange(const std::uint8_t* request, const std::uint32_t* request_length,
         response_length == nullptr) {
         return Send::null_argument;
     }
-    if (*request_length < kHeaderBytes) return Send::short_request;
+    if (*request_length < kHeaderBytes) return Send::no_request;
 
     Response answer;
     const Send result = send(Request({request, *request_length}), answer);
