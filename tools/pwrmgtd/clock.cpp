@@ -82,6 +82,13 @@ std::int64_t SystemClock::now() {
     return wall_clock().tv_sec;
 }
 
+std::int64_t SystemClock::elapsed() {
+    timespec now{};
+    clock_gettime(CLOCK_MONOTONIC, &now);
+    return now.tv_sec;
+}
+
+// The wait itself is relative, so a clock that is set during it changes nothing.
 Wake SystemClock::wait_until(std::int64_t t_s) {
     // One wait may have brought several signals.
     if (const Wake asked = asked_for(); asked != Wake::time) return asked;

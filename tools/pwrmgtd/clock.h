@@ -20,6 +20,9 @@ public:
     // Seconds since the epoch.
     virtual std::int64_t now() = 0;
 
+    // Seconds that no setting of the clock changes.
+    virtual std::int64_t elapsed() = 0;
+
     // Waits for second `t_s`, but a second at most, so that a clock that is set meanwhile is
     // noticed; the caller looks at now(). Something else than `time` when that was asked for.
     virtual Wake wait_until(std::int64_t t_s) = 0;
@@ -34,6 +37,7 @@ public:
     ~SystemClock() override;
 
     std::int64_t now() override;
+    std::int64_t elapsed() override;
     Wake wait_until(std::int64_t t_s) override;
 
 private:

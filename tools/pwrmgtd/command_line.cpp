@@ -12,6 +12,8 @@ namespace {
 // A mode that the library does not know makes it choose: 1, or 15 on a blade.
 constexpr std::uint32_t kLibraryChooses = 255;
 
+constexpr int kLongestWait_s = 7 * 86400;
+
 // From 8192 W on no available power is told.
 constexpr int kHighestLabel_w = 8191;
 
@@ -60,6 +62,12 @@ void add_recording_options(CLI::App& app, Options& options) {
                    "Rows between saves, 1 to 2880; a power cut loses at most these")
         ->check(CLI::Range(1, static_cast<int>(PWRMGT_RING_SLOTS)).description(""))
         ->type_name("ROWS")
+        ->capture_default_str();
+    app.add_option("--clock-wait", options.rhythm.clock_wait_s,
+                   "Seconds to wait at the start for a clock that is days behind the newest row; "
+                   "after that, rows ahead of it are dropped")
+        ->check(CLI::Range(0, kLongestWait_s).description(""))
+        ->type_name("SECONDS")
         ->capture_default_str();
     app.add_option(
            "--redundancy-mode", options.redundancy_mode,

@@ -118,8 +118,9 @@ Exit run_daemon(const Options& options, const Process& process) {
 
     const std::int64_t now_s = options.until_s.value_or(process.clock.now());
     const std::size_t supplies = source ? source->supplies() : past->supply_count();
+    const std::int64_t start_s = past ? now_s : time_to_start_at(tables, now_s);
     if (!start_tables(
-            {tables, log, now_s, options.redundancy_mode, bay_setup(options, supplies)})) {
+            {tables, log, start_s, options.redundancy_mode, bay_setup(options, supplies)})) {
         log.error("the power history could not be started");
         return Exit::failure;
     }

@@ -10,7 +10,10 @@
 namespace pwrmgt::pwrmgtd {
 
 Schedule::Schedule(const Station& station, Rhythm rhythm)
-    : station_(station), source_(&station.source), rhythm_(rhythm) {}
+    : station_(station),
+      source_(&station.source),
+      rhythm_(rhythm),
+      started_at_(station.clock.elapsed()) {}
 
 void Schedule::use(Source& source, Rhythm rhythm) {
     source_ = &source;
@@ -80,22 +83,40 @@ bool Schedule::enter_slot(std::int64_t now_s) {
     return true;
 }
 
+// A clock that goes back by more than a day was wrong before. At the start it may as well be wrong
+// now, and somebody about to set it.
+bool Schedule::is_believed() const {
+    return has_been_ahead_ || station_.clock.elapsed() - started_at_ >= rhythm_.clock_wait_s;
+}
+
 bool Schedule::is_behind(std::int64_t now_s) {
-    if (newest_s_ && *newest_s_ - now_s > kDay_s && station_.tables.trim(now_s)) start_over(now_s);
+    const auto is_far_behind = [&] { return newest_s_ && *newest_s_ - now_s > kDay_s; };
+    if (is_far_behind() && is_believed() && station_.tables.trim(now_s)) start_over(now_s);
     const bool behind = newest_s_ && slot_start(now_s) <= *newest_s_;
-    station_.log.state("slots", behind ? "the slot of " + time_text(*newest_s_) +
-                                             " is recorded already; recording waits for its end"
-                                       : "");
+    has_been_ahead_ |= !behind;
+    station_.log.state("slots", behind ? why_behind(now_s) : "");
     return behind;
 }
 
-// A clock that went back by more than a day was wrong before: no query would see what is stamped so
-// far ahead, and waiting for that time to come could take years.
+std::string Schedule::why_behind(std::int64_t now_s) const {
+    if (*newest_s_ - now_s > kDay_s && !is_believed()) {
+        return "the clock is days behind the newest slot, " + time_text(*newest_s_) +
+               "; recording waits until it is set, for " + std::to_string(rhythm_.clock_wait_s) +
+               " s at most";
+    }
+    return "the slot of " + time_text(*newest_s_) +
+           " is recorded already; recording waits for its end";
+}
+
+// No query would see what is stamped so far ahead, and waiting for that time to come could take
+// years.
 void Schedule::start_over(std::int64_t now_s) {
     std::optional<std::int64_t> newest_s;
     if (!station_.tables.read_newest(newest_s)) return;
-    station_.log.warning("the clock went back from " + time_text(*newest_s_) + " to " +
-                         time_text(now_s) + ": rows from then on are dropped");
+    station_.log.warning(
+        (has_been_ahead_ ? "the clock went back from " : "the clock has not been set past ") +
+        time_text(*newest_s_) + (has_been_ahead_ ? " to " : ", it is ") + time_text(now_s) +
+        ": rows from then on are dropped");
     queued_.clear();
     first_unsaved_s_.reset();
     newest_s_ = newest_s;

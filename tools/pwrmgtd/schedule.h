@@ -20,6 +20,7 @@ namespace pwrmgt::pwrmgtd {
 struct Rhythm {
     std::int64_t sample_interval_s = 1;  // 1..30
     std::int64_t persist_slots = 10;     // 1..2880
+    std::int64_t clock_wait_s = 3600;    // for a clock that is behind at the start
 };
 
 class Schedule;
@@ -65,6 +66,8 @@ private:
     bool advance(std::int64_t now_s);
     bool enter_slot(std::int64_t now_s);
     bool is_behind(std::int64_t now_s);
+    bool is_believed() const;
+    std::string why_behind(std::int64_t now_s) const;
     void start_over(std::int64_t now_s);
     void queue_slots_before(std::int64_t slot_s, std::int64_t now_s);
     void write_queued(std::int64_t now_s);
@@ -85,6 +88,10 @@ private:
     std::optional<std::int64_t> newest_s_;
     std::optional<std::int64_t> first_unsaved_s_;
     std::int64_t last_written_s_ = 0;
+
+    // At a start the clock may not have been set yet; later it has stood behind the newest row.
+    bool has_been_ahead_ = false;
+    std::int64_t started_at_;  // elapsed seconds
 
     std::optional<std::int64_t> last_sample_;  // number of the interval of the last reading
 };

@@ -97,6 +97,15 @@ constexpr std::array kSteps{
 
 }  // namespace
 
+std::int64_t time_to_start_at(DatabaseTables& tables, std::int64_t now_s) {
+    std::int64_t start_s = now_s;
+    for (const char* table : {kWorkingHistory, kPersistentHistory}) {
+        const auto history = tables.extent(table);
+        if (history && history->rows > 0) start_s = std::max(start_s, history->newest_s + 1);
+    }
+    return std::min<std::int64_t>(start_s, INT32_MAX);
+}
+
 bool start_tables(const Startup& start) {
     bool fit = true;
     for (const Step& step : kSteps) {

@@ -18,6 +18,10 @@ struct Startup {
     BaySetup bays{};
 };
 
+// The time to start the tables at: never before the newest row that is stored. The start trims what
+// is stamped later, and the clock may not have been set yet.
+std::int64_t time_to_start_at(DatabaseTables& tables, std::int64_t now_s);
+
 // Runs every step, also after one that failed. False when a step failed that the history cannot do
 // without.
 bool start_tables(const Startup& start);

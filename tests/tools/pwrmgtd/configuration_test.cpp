@@ -160,7 +160,7 @@ TEST_F(ConfigurationTest, TheConfigurationInForceIsAConfigurationFile) {
                                   HasSubstr("verbose = true  # command line\n")));
     const TempFile again(shown.text);
     EXPECT_EQ(settings_of_file(again.path()).error, "");
-    EXPECT_THAT(settings_of_file(again.path()).settings, SizeIs(5));
+    EXPECT_THAT(settings_of_file(again.path()).settings, SizeIs(6));
 }
 
 TEST_F(ConfigurationTest, ACheckReadsTheTraceToo) {

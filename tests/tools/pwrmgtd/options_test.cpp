@@ -70,6 +70,8 @@ TEST(Options, EdgesOfTheRangesAreTaken) {
                                                {"--persist-every", "2880"},
                                                {"--redundancy-mode", "0"},
                                                {"--redundancy-mode", "4"},
+                                               {"--clock-wait", "0"},
+                                               {"--clock-wait", "604800"},
                                                {"--bays", "1"},
                                                {"--bays", "12"},
                                                {"--psu-label", "1"},
@@ -89,6 +91,8 @@ TEST(Options, WrongOnesAreUsageErrors) {
                                                {"--persist-every", "0"},
                                                {"--persist-every", "2881"},
                                                {"--redundancy-mode", "5"},
+                                               {"--clock-wait", "-1"},
+                                               {"--clock-wait", "604801"},
                                                {"--bays", "0"},
                                                {"--bays", "13"},
                                                {"--psu-label", "0"},
@@ -120,13 +124,13 @@ TEST(Options, HelpNamesEveryOptionAndExitCode) {
 
     EXPECT_FALSE(parsed.options);
     EXPECT_EQ(parsed.exit, Exit::ok);
-    EXPECT_THAT(
-        parsed.text,
-        AllOf(HasSubstr("--source"), HasSubstr("--trace"), HasSubstr("--sample-interval"),
-              HasSubstr("--persist-every"), HasSubstr("--redundancy-mode"), HasSubstr("--bays"),
-              HasSubstr("--psu-label"), HasSubstr("--psu-input-label"), HasSubstr("--replay"),
-              HasSubstr("--until"), HasSubstr("--then-run"), HasSubstr("--verbose"),
-              HasSubstr("--version"), HasSubstr("--config"), HasSubstr("--check-config")));
+    EXPECT_THAT(parsed.text,
+                AllOf(HasSubstr("--source"), HasSubstr("--trace"), HasSubstr("--sample-interval"),
+                      HasSubstr("--persist-every"), HasSubstr("--redundancy-mode"),
+                      HasSubstr("--clock-wait"), HasSubstr("--bays"), HasSubstr("--psu-label"),
+                      HasSubstr("--psu-input-label"), HasSubstr("--replay"), HasSubstr("--until"),
+                      HasSubstr("--then-run"), HasSubstr("--verbose"), HasSubstr("--version"),
+                      HasSubstr("--config"), HasSubstr("--check-config")));
     EXPECT_THAT(parsed.text, AllOf(HasSubstr("0 ended"), HasSubstr("1 failure"),
                                    HasSubstr("2 wrong"), HasSubstr("3 another")));
 }

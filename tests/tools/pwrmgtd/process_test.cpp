@@ -72,6 +72,17 @@ TEST(SystemClock, TellsTheTimeOfDay) {
     EXPECT_LE(now_s, before + 60);
 }
 
+TEST(SystemClock, CountsSecondsThatNoSettingChanges) {
+    SystemClock clock;
+    timespec before{};
+    clock_gettime(CLOCK_MONOTONIC, &before);
+
+    const std::int64_t elapsed_s = clock.elapsed();
+
+    EXPECT_GE(elapsed_s, before.tv_sec);
+    EXPECT_LE(elapsed_s, before.tv_sec + 60);
+}
+
 TEST(SystemClock, WaitsForTheSecond) {
     SystemClock clock;
     const std::int64_t next_s = clock.now() + 1;

@@ -90,6 +90,48 @@ TEST_F(ScheduleClockTest, AStepBackOverADayStartsOver) {
     EXPECT_EQ(log.count("the clock went back"), 1U);
 }
 
+TEST_F(ScheduleClockTest, AStartWithAClockDaysBehindWaitsForItToBeSet) {
+    store(kNoon - 60);
+    SimulatedClock clock(kNoon - 9000 * 86400, kNoon + 60);
+    clock.set_at(kNoon - 9000 * 86400 + 3000, kNoon);
+
+    run(clock, {});
+
+    EXPECT_THAT(tables.stamps(), ElementsAre(kNoon - 60, kNoon - 30, kNoon, kNoon + 30));
+    EXPECT_EQ(tables.persistent.count(kNoon - 60), 1U);
+    EXPECT_EQ(log.count("days behind the newest slot, 2025-06-03 11:59:00Z"), 1U);
+    EXPECT_EQ(log.count("slots: works again"), 1U);
+}
+
+TEST_F(ScheduleClockTest, AClockThatIsNotSetInTimeIsBelievedLoudly) {
+    store(kNoon + 9000 * 86400);
+    SimulatedClock clock(kNoon, kNoon + 150);
+
+    run(clock, {.clock_wait_s = 60});
+
+    EXPECT_THAT(tables.stamps(), ElementsAre(kNoon + 60, kNoon + 90, kNoon + 120));
+    EXPECT_EQ(log.count("the clock has not been set past"), 1U);
+    EXPECT_EQ(log.count("rows from then on are dropped"), 1U);
+}
+
+TEST_F(ScheduleClockTest, AClockThatIsBelievedAtOnceIsNotWaitedFor) {
+    store(kNoon + 9000 * 86400);
+
+    run(kNoon, kNoon + 30, {.clock_wait_s = 0});
+
+    EXPECT_THAT(tables.stamps(), ElementsAre(kNoon));
+}
+
+TEST_F(ScheduleClockTest, AStartWithAClockHoursBehindKeepsEveryRow) {
+    store(kNoon);
+    SimulatedClock clock(kNoon - 7200, kNoon + 60);
+
+    run(clock, {.clock_wait_s = 60});
+
+    EXPECT_THAT(tables.stamps(), ElementsAre(kNoon, kNoon + 30));
+    EXPECT_EQ(log.count("is recorded already"), 1U);
+}
+
 TEST_F(ScheduleClockTest, AStepBackOfADayWaits) {
     SimulatedClock clock(kNoon + 86400, kNoon + 60);
     clock.set_at(kNoon + 86400 + 70, kNoon + 30);

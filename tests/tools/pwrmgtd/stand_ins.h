@@ -33,8 +33,12 @@ public:
     void ask_at(std::int64_t when_s, Wake wake) { asked_[when_s] = wake; }
 
     std::int64_t now() override { return now_s_; }
+    std::int64_t elapsed() override { return elapsed_s_; }
     Wake wait_until(std::int64_t t_s) override {
-        if (t_s > now_s_) now_s_ = std::min(t_s, now_s_ + 1);
+        if (t_s > now_s_) {
+            now_s_ = std::min(t_s, now_s_ + 1);
+            ++elapsed_s_;
+        }
         if (!steps_.empty() && now_s_ >= steps_.front().first) {
             now_s_ = steps_.front().second;
             steps_.erase(steps_.begin());
@@ -46,6 +50,7 @@ public:
 private:
     std::int64_t now_s_;
     std::int64_t stop_s_;
+    std::int64_t elapsed_s_ = 0;
     std::vector<std::pair<std::int64_t, std::int64_t>> steps_;
     std::map<std::int64_t, Wake> asked_;
 };

@@ -94,6 +94,31 @@ TEST_F(StartupTest, AClockThatIsNotSetCostsNothing) {
     EXPECT_THAT(rows_of("HistPowers24HrMem"), ElementsAre(Pair(kMidnight, 0)));
 }
 
+TEST_F(StartupTest, TheTablesAreNotStartedBeforeTheirNewestRow) {
+    EXPECT_EQ(time_to_start_at(tables, 100), 100);
+    const std::array rows{row(kMidnight - 30, 2), row(kMidnight, 3)};
+    tables.append(rows);
+    tables.save(kMidnight - 30, kMidnight - 30);
+
+    EXPECT_EQ(time_to_start_at(tables, 100), kMidnight + 1);
+    EXPECT_EQ(time_to_start_at(tables, kMidnight), kMidnight + 1);
+    EXPECT_EQ(time_to_start_at(tables, kMidnight + 45), kMidnight + 45);
+    ASSERT_EQ(raw("DELETE FROM HistPowers24HrMem"), 0);
+    EXPECT_EQ(time_to_start_at(tables, 100), kMidnight - 29);
+}
+
+TEST_F(StartupTest, AClockYearsBehindCostsNothing) {
+    const std::array rows{row(kMidnight - 30, 2), row(kMidnight, 3)};
+    tables.append(rows);
+    tables.save(kMidnight - 30, kMidnight - 30);
+
+    EXPECT_TRUE(start(time_to_start_at(tables, 946684800)));
+
+    EXPECT_THAT(rows_of("HistPowers24Hr"),
+                ElementsAre(Pair(kMidnight - 30, 2879), Pair(kMidnight, 0)));
+    EXPECT_EQ(rows_of("HistPowers24HrMem"), rows_of("HistPowers24Hr"));
+}
+
 TEST_F(StartupTest, RowsOffTheGridAreReported) {
     const std::array rows{row(kMidnight + 7, 3), row(kMidnight + 30, 3)};
     tables.append(rows);
