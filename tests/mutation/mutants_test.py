@@ -35,6 +35,14 @@ class Mutants(unittest.TestCase):
 
         self.assertEqual(orders, ["    second(b);\n    first(a);"])
 
+    def test_assignments_keep_their_order(self):
+        text = "    out->a = 1;\n    out->b = 2;"
+
+        self.assertEqual([m for m in mutants_of("src/x.cpp", text) if m.kind == "order"], [])
+
+    def test_the_size_of_a_table_stays(self):
+        self.assertEqual(changes("constexpr std::array<int, 8> kTable{{"), set())
+
     def test_a_status_becomes_the_next_one(self):
         self.assertEqual(changes("    return Status::ok;", ("ok", "no_data")), {"return Status::no_data;"})
 

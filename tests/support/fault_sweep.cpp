@@ -1,5 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 // Runs an exported function with each of its platform calls failing in turn.
+#include <cstdlib>
+#include <fstream>
+
 #include "platform_test.h"
 
 namespace pwrmgt::test {
@@ -32,6 +35,12 @@ std::vector<Operation> clean_run(const std::function<void(Recorder&)>& script,
     return platform().operations;
 }
 
+// For those who want to know how many faults a whole run injects.
+void report(size_t injected) {
+    const char* const file = std::getenv("FAULT_SWEEP_TOTAL");
+    if (file != nullptr) std::ofstream(file, std::ios::app) << injected << '\n';
+}
+
 }  // namespace
 
 size_t sweep_faults(const std::function<void(Recorder&)>& script,
@@ -51,6 +60,7 @@ size_t sweep_faults(const std::function<void(Recorder&)>& script,
         }
     }
     start([](Recorder&) {}, std::nullopt);
+    report(injected);
     return injected;
 }
 
@@ -67,6 +77,7 @@ size_t sweep_exceptions(const std::function<void(Recorder&)>& script,
         ++thrown;
     }
     start([](Recorder&) {}, std::nullopt);
+    report(thrown);
     return thrown;
 }
 
