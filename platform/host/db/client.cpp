@@ -2,8 +2,6 @@
 // Connections and statements: names are checked here, texts put together and handed to the engine.
 #include <syslog.h>
 
-#include <array>
-#include <cstring>
 #include <memory>
 
 #include "content.h"
@@ -19,6 +17,9 @@
 namespace pwrmgt::vekdb {
 
 namespace {
+
+// Holds any select that the library makes.
+constexpr std::size_t kTextSize = 512;
 
 bool given(const char* text) {
     return text != nullptr && *text != '\0';
@@ -71,13 +72,11 @@ Outcome write(std::uint32_t conn, const char* table, std::uint32_t content, cons
     std::vector<std::int64_t> values{pairs->values().begin(), pairs->values().end()};
     if (!is_update) return run(*lease, pairs->insert_text(known), values, nullptr);
     std::string text = pairs->update_text(known);
-    if (given(where)) {
-        // The literals are taken out behind a word that makes the filter a statement of its own.
-        Template filter = take_literals(std::string{"SELECT "} + where);
-        text.append(" WHERE").append(filter.text, 6);
-        values.insert(values.end(), filter.values.begin(), filter.values.end());
-    }
-    return run(*lease, text, values, nullptr);
+    const std::size_t names_end = text.size();
+    append_filter(text, where);
+    const Template statement = take_literals_from(text, names_end);
+    values.insert(values.end(), statement.values.begin(), statement.values.end());
+    return run(*lease, statement.text, values, nullptr);
 }
 
 }  // namespace
@@ -115,18 +114,21 @@ int vek_db_query(uint32_t conn, const char* table, const char* const* columns, i
     return guarded([&] {
         const char* known = table == nullptr ? nullptr : known_table(table);
         const auto lease = find_connection(conn);
-        std::string text = "SELECT ";
+        std::string text;
+        text.reserve(kTextSize);
+        text += "SELECT ";
         if (known == nullptr || !lease || n_columns < 0 || limit < 0 || offset < 0 ||
             !column_text(columns, n_columns, text)) {
             return Outcome::bad_argument;
         }
         text.append(" FROM ").append(known);
+        const std::size_t names_end = text.size();
         append_filter(text, where);
         if (given(order)) text.append(" ORDER BY ").append(order);
         if (limit != 0 || offset != 0)
             text.append(" LIMIT ").append(std::to_string(limit == 0 ? -1 : limit));
         if (offset != 0) text.append(" OFFSET ").append(std::to_string(offset));
-        const Template statement = take_literals(text);
+        const Template statement = take_literals_from(text, names_end);
         return run_for_result(*lease, statement.text, statement.values, *result);
     });
 }
@@ -162,8 +164,9 @@ int vek_db_delete(uint32_t conn, const char* table, const char* where) {
         const auto lease = find_connection(conn);
         if (known == nullptr || !lease) return Outcome::bad_argument;
         std::string text = std::string{"DELETE FROM "} + known;
+        const std::size_t names_end = text.size();
         append_filter(text, where);
-        const Template statement = take_literals(text);
+        const Template statement = take_literals_from(text, names_end);
         return run(*lease, statement.text, statement.values, nullptr);
     });
 }

@@ -11,14 +11,41 @@ namespace pwrmgt::vekdb {
 
 namespace {
 
-bool is_digit(char c) {
-    return c >= '0' && c <= '9';
+// What a character can begin. Bytes above ASCII are part of a name, as they are to the engine.
+enum class Sort : std::uint8_t { plain, letter, digit, dot, opaque, parameter };
+
+constexpr std::size_t index_of(char c) {
+    return static_cast<unsigned char>(c);
 }
 
-// Bytes above ASCII are part of a name, as they are to the engine.
+constexpr auto kSorts = [] {
+    std::array<Sort, 256> sorts{};
+    for (std::size_t c = 0; c < sorts.size(); ++c) {
+        const bool small = c >= 'a' && c <= 'z';
+        const bool big = c >= 'A' && c <= 'Z';
+        if (small || big || c == '_' || c >= 0x80) sorts[c] = Sort::letter;
+        if (c >= '0' && c <= '9') sorts[c] = Sort::digit;
+    }
+    for (const char c : std::string_view{"'\"`[-/"}) {
+        sorts[index_of(c)] = Sort::opaque;
+    }
+    for (const char c : std::string_view{"?:@$"}) {
+        sorts[index_of(c)] = Sort::parameter;
+    }
+    sorts['.'] = Sort::dot;
+    return sorts;
+}();
+
+Sort sort_of(char c) {
+    return kSorts[index_of(c)];
+}
+
+bool is_digit(char c) {
+    return sort_of(c) == Sort::digit;
+}
+
 bool in_name(char c) {
-    return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || is_digit(c) || c == '_' ||
-           c == '$' || static_cast<unsigned char>(c) >= 0x80;
+    return sort_of(c) == Sort::letter || is_digit(c) || c == '$';
 }
 
 std::string lower(std::string_view text) {
@@ -34,7 +61,8 @@ std::size_t name_end(std::string_view sql, std::size_t at) {
     return at;
 }
 
-// A text, a quoted name or a comment that starts at `at` ends here; `at` itself when none starts.
+// A text, a quoted name or a comment that starts at `at` ends here; the next character when none
+// starts.
 std::size_t opaque_end(std::string_view sql, std::size_t at) {
     const auto behind = [&](std::string_view end, std::size_t from) {
         const std::size_t found = sql.find(end, from);
@@ -45,7 +73,7 @@ std::size_t opaque_end(std::string_view sql, std::size_t at) {
     if (c == '[') return behind("]", at + 1);
     if (sql.substr(at, 2) == "--") return behind("\n", at + 2);
     if (sql.substr(at, 2) == "/*") return behind("*/", at + 2);
-    return at;
+    return at + 1;
 }
 
 // A number that starts at `at`: its end, and whether it is a plain decimal integer.
@@ -61,30 +89,42 @@ std::size_t number_end(std::string_view sql, std::size_t at, bool& plain) {
 
 class Scan {
 public:
-    explicit Scan(std::string_view sql) : sql_{sql} { out_.text.reserve(sql.size()); }
+    Scan(std::string_view sql, std::size_t start) : sql_{sql}, at_{start} {}
 
     // False when the text brings parameters of its own.
     bool run() {
         while (at_ < sql_.size()) {
-            const char c = sql_[at_];
-            if (c == '?' || c == ':' || c == '@' || c == '$') return false;
-            if (is_digit(c) || (c == '.' && at_ + 1 < sql_.size() && is_digit(sql_[at_ + 1]))) {
-                number();
-            } else if (in_name(c)) {
-                name();
-            } else {
-                copy_to(std::max(at_ + 1, opaque_end(sql_, at_)));
+            switch (sort_of(sql_[at_])) {
+                case Sort::parameter:
+                    return false;
+                case Sort::letter:
+                    name();
+                    break;
+                case Sort::digit:
+                    number();
+                    break;
+                case Sort::dot:
+                    at_ + 1 < sql_.size() && is_digit(sql_[at_ + 1]) ? number() : skip_to(at_ + 1);
+                    break;
+                case Sort::opaque:
+                    skip_to(opaque_end(sql_, at_));
+                    break;
+                case Sort::plain:
+                    skip_to(at_ + 1);
             }
         }
+        copy_up_to(at_);
         return true;
     }
 
     Template take() { return std::move(out_); }
 
 private:
-    void copy_to(std::size_t end) {
-        out_.text.append(sql_.substr(at_, end - at_));
-        at_ = end;
+    void skip_to(std::size_t end) { at_ = end; }
+
+    void copy_up_to(std::size_t end) {
+        out_.text.append(sql_.substr(copied_, end - copied_));
+        copied_ = end;
     }
 
     void name() {
@@ -95,7 +135,7 @@ private:
             if (word == "by") ordinals_ = true;
             if (word == "limit") ordinals_ = false;
         }
-        copy_to(end);
+        skip_to(end);
     }
 
     void number() {
@@ -103,16 +143,18 @@ private:
         const std::size_t end = number_end(sql_, at_, plain);
         std::int64_t value = 0;
         const auto [stop, error] = std::from_chars(sql_.data() + at_, sql_.data() + end, value);
-        if (!plain || ordinals_ || error != std::errc{} || stop != sql_.data() + end) {
-            return copy_to(end);
+        if (plain && !ordinals_ && error == std::errc{} && stop == sql_.data() + end) {
+            copy_up_to(at_);
+            out_.text += '?';
+            out_.values.push_back(value);
+            copied_ = end;
         }
-        out_.text += '?';
-        out_.values.push_back(value);
-        at_ = end;
+        skip_to(end);
     }
 
     std::string_view sql_;
-    std::size_t at_ = 0;
+    std::size_t at_;
+    std::size_t copied_ = 0;  // up to here the text is taken over
     bool ordinals_ = false;
     Template out_;
 };
@@ -130,9 +172,14 @@ Template take_literals(std::string_view sql) {
     constexpr std::array<std::string_view, 5> kSharable{"select", "insert", "update", "delete",
                                                         "replace"};
     if (std::find(kSharable.begin(), kSharable.end(), first_word(sql)) != kSharable.end()) {
-        Scan scan{sql};
-        if (scan.run()) return scan.take();
+        return take_literals_from(sql, 0);
     }
+    return {std::string{sql}, {}};
+}
+
+Template take_literals_from(std::string_view sql, std::size_t start) {
+    Scan scan{sql, start};
+    if (scan.run()) return scan.take();
     return {std::string{sql}, {}};
 }
 

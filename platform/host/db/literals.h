@@ -20,6 +20,10 @@ struct Template {
 // behind GROUP BY and ORDER BY stay.
 Template take_literals(std::string_view sql);
 
+// The same for a select or a change of rows, from `start` on: what stands before is known to hold
+// nothing to take out.
+Template take_literals_from(std::string_view sql, std::size_t start);
+
 // The first word of a statement, in lower case, or "" when it starts with none.
 std::string first_word(std::string_view sql);
 

@@ -70,7 +70,6 @@ constexpr std::array<const char*, 11> kTables{
     "RealTimePowersMem", "PowerPolicy", "PsuPropertyMem", "HistThermal24HrMem", "HistThermal24Hr", "RealTimeThermalMem",
 };
 
-// Sorted, so that a name is found by halving.
 constexpr std::array<std::string_view, 85> kColumns{
     "CapEnable", "CapMaxAc", "CapMaxDc", "CapMinAc", "CapMinDc", "CapMode", "CapSoftAc", "CapSoftDc",
     "CapValue", "Cpu1AvgPwr", "Cpu2AvgPwr", "Cpu3AvgPwr", "Cpu4AvgPwr", "Cpu5AvgPwr", "Cpu6AvgPwr",
@@ -84,8 +83,34 @@ constexpr std::array<std::string_view, 85> kColumns{
     "SysMinDc", "SysMinPtg", "SysPctg", "SysPwrAc", "SysPwrDc", "Timestamp", "Type", "UnstressAdapterPwr",
     "UnstressFanPwr", "UnstressHddPwr", "Value", "_id",
 };
-static_assert(std::is_sorted(kColumns.begin(), kColumns.end()));
 // clang-format on
+
+// Where a column's name is looked for: a table of its numbers, in the order in which their hashes
+// fell into place.
+constexpr std::size_t kPlaces = 256;
+constexpr std::uint8_t kNobody = 255;
+static_assert(kColumns.size() < kPlaces / 2);
+
+constexpr std::size_t first_place(std::string_view name) {
+    std::size_t hash = name.size();
+    for (const char c : name) {
+        hash = hash * 33 + static_cast<unsigned char>(c);
+    }
+    return hash % kPlaces;
+}
+
+constexpr auto kNumbers = [] {
+    std::array<std::uint8_t, kPlaces> numbers{};
+    numbers.fill(kNobody);
+    for (std::size_t number = 0; number < kColumns.size(); ++number) {
+        std::size_t place = first_place(kColumns[number]);
+        while (numbers[place] != kNobody) {
+            place = (place + 1) % kPlaces;
+        }
+        numbers[place] = static_cast<std::uint8_t>(number);
+    }
+    return numbers;
+}();
 
 }  // namespace
 
@@ -99,9 +124,11 @@ const char* known_table(std::string_view name) noexcept {
 }
 
 std::optional<std::uint16_t> column_number(std::string_view name) noexcept {
-    const auto* found = std::lower_bound(kColumns.begin(), kColumns.end(), name);
-    if (found == kColumns.end() || *found != name) return std::nullopt;
-    return static_cast<std::uint16_t>(found - kColumns.begin());
+    for (std::size_t place = first_place(name); kNumbers[place] != kNobody;) {
+        if (kColumns[kNumbers[place]] == name) return kNumbers[place];
+        place = (place + 1) % kPlaces;
+    }
+    return std::nullopt;
 }
 
 std::string_view column_name(std::uint16_t number) noexcept {

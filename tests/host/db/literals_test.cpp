@@ -9,6 +9,7 @@ namespace {
 
 using pwrmgt::vekdb::StatementCache;
 using pwrmgt::vekdb::take_literals;
+using pwrmgt::vekdb::take_literals_from;
 
 using Values = std::vector<std::int64_t>;
 
@@ -53,6 +54,22 @@ TEST(Literals, UnfinishedTextsEndWithTheStatement) {
     EXPECT_EQ(take_literals("select 'abc 1").text, "select 'abc 1");
     EXPECT_EQ(take_literals("select /* 1").text, "select /* 1");
     EXPECT_EQ(take_literals("select -- 1").text, "select -- 1");
+}
+
+TEST(Literals, WhatStandsBeforeTheStartIsTakenOverAsItIs) {
+    const std::string_view sql = "UPDATE T SET a=?, b=7 WHERE c=8 AND d=9";
+
+    const auto taken = take_literals_from(sql, sql.find(" WHERE"));
+
+    EXPECT_EQ(taken.text, "UPDATE T SET a=?, b=7 WHERE c=? AND d=?");
+    EXPECT_EQ(taken.values, (Values{8, 9}));
+}
+
+TEST(Literals, AParameterBehindTheStartKeepsTheTextWhole) {
+    const auto taken = take_literals_from("SELECT a FROM T WHERE b=1 AND c=?", 15);
+
+    EXPECT_EQ(taken.text, "SELECT a FROM T WHERE b=1 AND c=?");
+    EXPECT_EQ(taken.values, Values{});
 }
 
 class Statements : public testing::Test {
