@@ -3,7 +3,6 @@
 // children, and an answer that comes too late finds nobody.
 #include "kernel_device.h"
 
-#include <errno.h>
 #include <fcntl.h>
 #include <linux/ipmi.h>
 #include <poll.h>
@@ -12,6 +11,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cerrno>
 #include <chrono>
 #include <system_error>
 

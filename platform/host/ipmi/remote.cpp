@@ -12,6 +12,14 @@
 namespace pwrmgt::ipmi {
 namespace {
 
+// It lies beside this library, wherever that is, and is looked for nowhere else.
+std::string module_path() {
+    Dl_info here{};
+    if (dladdr(reinterpret_cast<void*>(&ask_remote), &here) == 0) return kModuleFile;
+    const std::string library = here.dli_fname;
+    return library.substr(0, library.rfind('/') + 1) + kModuleFile;
+}
+
 // Null as long as the module, or what it needs, is not installed. Never unloaded: it keeps a
 // session.
 ModuleDoor module_door(std::string& reason) {
@@ -19,7 +27,7 @@ ModuleDoor module_door(std::string& reason) {
     static ModuleDoor door = nullptr;
     const std::lock_guard lock(mutex);
     if (door != nullptr) return door;
-    void* const module = dlopen(kModuleFile, RTLD_NOW | RTLD_LOCAL | RTLD_NODELETE);
+    void* const module = dlopen(module_path().c_str(), RTLD_NOW | RTLD_LOCAL | RTLD_NODELETE);
     if (module != nullptr) door = reinterpret_cast<ModuleDoor>(dlsym(module, kModuleDoor));
     if (door == nullptr) {
         const char* const error = dlerror();

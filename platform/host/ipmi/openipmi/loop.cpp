@@ -3,7 +3,6 @@
 
 #include "datagram.h"
 
-#include <errno.h>
 #include <fcntl.h>
 #include <poll.h>
 #include <pthread.h>
@@ -12,6 +11,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cerrno>
 #include <cstdlib>
 #include <mutex>
 #include <new>

@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "session.h"
 
-#include <errno.h>
-
 #include <algorithm>
 #include <array>
+#include <bit>
+#include <cerrno>
 #include <utility>
 
 extern "C" {
@@ -117,8 +117,7 @@ Send Session::open(const Target& target, const Deadline& deadline) {
 int Session::answered(ipmi_con_t*, ipmi_msgi_t* item) {
     auto& self = *static_cast<Session*>(item->data1);
     // One that was given up is answered all the same, when the way is closed.
-    if (reinterpret_cast<std::uintptr_t>(item->data2) != self.exchange_ ||
-        self.response_ == nullptr) {
+    if (std::bit_cast<std::uintptr_t>(item->data2) != self.exchange_ || self.response_ == nullptr) {
         return IPMI_MSG_ITEM_NOT_USED;
     }
     self.response_->bytes({item->msg.data, item->msg.data_len});
@@ -131,7 +130,7 @@ Send Session::exchange(const Request& request, const Deadline& deadline, Respons
     ipmi_msgi_t* const item = ipmi_alloc_msg_item();
     if (item == nullptr) return Send::out_of_resources;
     item->data1 = this;
-    item->data2 = reinterpret_cast<void*>(++exchange_);
+    item->data2 = std::bit_cast<void*>(++exchange_);
     response_ = &response;
     done_ = false;
 

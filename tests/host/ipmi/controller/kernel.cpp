@@ -11,7 +11,6 @@
 
 #include <algorithm>
 #include <cstdarg>
-#include <cstring>
 #include <deque>
 #include <string_view>
 #include <utility>
@@ -87,7 +86,7 @@ int give_answer(ipmi_recv& received) {
     received.msg.netfn = answer.netfn;
     received.msg.cmd = answer.command;
     const std::size_t length = std::min<std::size_t>(answer.bytes.size(), received.msg.data_len);
-    std::memcpy(received.msg.data, answer.bytes.data(), length);
+    std::copy_n(answer.bytes.begin(), length, received.msg.data);
     received.msg.data_len = static_cast<unsigned short>(length);
     auto& address = *reinterpret_cast<ipmi_system_interface_addr*>(received.addr);
     address = {IPMI_SYSTEM_INTERFACE_ADDR_TYPE, IPMI_BMC_CHANNEL, 0};

@@ -4,7 +4,6 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include <cstdlib>
 #include <thread>
 
 #include "controller_test.h"
@@ -113,13 +112,16 @@ TEST_F(LanSession, ForkBesideAWaitingExchangeLeavesTheChildFree) {
 }
 
 TEST_F(LanSession, ProgramThatEndsClosesItsSession) {
-    // How many datagrams a child sends that opens a session and ends that way. The exchange behind
-    // it passes the relay behind all of them.
-    const auto sent_by_child = [this](void (*end)(int)) {
+    // How many datagrams such a program sends. The exchange behind it passes the relay behind all
+    // of them.
+    const auto sent_by_program = [this](const char* argument) {
         exchanged(kDeviceId);
         const int before = relay_.requests();
         const pid_t child = fork();
-        if (child == 0) end(exchanged(kDeviceId).result);
+        if (child == 0) {
+            execl(SHORT_PROGRAM, SHORT_PROGRAM, argument, nullptr);
+            _exit(127);
+        }
         int status = -1;
         waitpid(child, &status, 0);
         EXPECT_EQ(status, 0);
@@ -127,8 +129,8 @@ TEST_F(LanSession, ProgramThatEndsClosesItsSession) {
         return relay_.requests() - before;
     };
 
-    const int without_farewell = sent_by_child(_exit);
-    const int with_farewell = sent_by_child(std::exit);
+    const int without_farewell = sent_by_program("abruptly");
+    const int with_farewell = sent_by_program(nullptr);
 
     EXPECT_EQ(with_farewell, without_farewell + 1);
 }
