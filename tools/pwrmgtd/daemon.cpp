@@ -7,6 +7,7 @@
 #include <cerrno>
 #include <chrono>
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
 #include <filesystem>
 #include <memory>
@@ -94,6 +95,15 @@ bool record(Supervision& supervision, const Options& options, DatabaseTables& ta
     return saved;
 }
 
+// The host platform's client looks through both files then, and sets a damaged one aside.
+bool open_checked(DatabaseTables& tables) {
+    constexpr const char* kCheck = "VEKDB_CHECK";
+    setenv(kCheck, "1", 1);
+    const bool opened = tables.open();
+    unsetenv(kCheck);
+    return opened;
+}
+
 }  // namespace
 
 Exit run_daemon(const Options& options, const Process& process) {
@@ -109,7 +119,7 @@ Exit run_daemon(const Options& options, const Process& process) {
     const vekdb::Directories directories = vekdb::choose_directories();
     log.notice("database " + directories.state + " and " + directories.runtime);
     DatabaseTables tables(log);
-    if (!tables.open()) {
+    if (!open_checked(tables)) {
         log.error("the database did not open: " + reason_not_open(directories));
         return Exit::failure;
     }

@@ -195,6 +195,7 @@ bool locate(const Directories& directories, OpenedFiles& files) {
 SqliteHandle open_sqlite(OpenedFiles& files, std::string& why) {
     constexpr int kAttempts = 4;
     const Directories directories = choose_directories();
+    if (check_wanted()) suspect_damage();
     for (int attempt = 0; attempt < kAttempts; ++attempt) {
         OpenedFiles before;
         why = prepare_directory(directories.state);

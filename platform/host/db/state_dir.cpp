@@ -58,6 +58,10 @@ std::string user_runtime() {
 
 }  // namespace
 
+bool check_wanted() {
+    return variable("VEKDB_CHECK") == "1";
+}
+
 Directories choose_directories() {
     Directories chosen{variable("VEKDB_STATE_DIR"), variable("VEKDB_RUNTIME_DIR")};
     if (!chosen.state.empty() && !chosen.runtime.empty()) return chosen;

@@ -26,4 +26,7 @@ struct Directories {
 // (~/.local/state/vekdb) and $XDG_RUNTIME_DIR/vekdb (/dev/shm/vekdb-<uid>).
 Directories choose_directories();
 
+// $VEKDB_CHECK is 1: an open looks through both files before it uses them.
+bool check_wanted();
+
 }  // namespace pwrmgt::vekdb
