@@ -198,6 +198,29 @@ class Supplies(WayTest):
         self.assertEqual([bay["state"] for bay in self.bays()["psus"][:3]], [None, None, "no bay"])
         self.assertEqual(daemon.end(), 0, daemon.said)
 
+    def test_supplies_of_the_kernel_are_followed_too(self):
+        chips = self.place / "sys" / "class" / "hwmon"
+        for place, device in enumerate(("7-0058", "7-0059")):
+            chip = chips / f"hwmon{place}"
+            chip.mkdir(parents=True)
+            (chip / "device").symlink_to(f"../../../devices/{device}")
+            for name, value in {"name": "pmbus", "in1_label": "vin", "in1_input": "230000", "power1_label": "pin",
+                                "power1_input": "220000000", "power2_label": "pout1", "power2_input": "200000000",
+                                "power2_rated_max": "1600000000", "fan1_fault": "0"}.items():
+                (chip / name).write_text(value + "\n", encoding="utf-8")
+        daemon = self.daemon("--source", "kernel", "--kernel-root", str(self.place), "--redundancy-mode", "2", "--bays",
+                             "2", clock=self.clock)
+        daemon.wait_for("supply 2: present, AC good, no fault, label 1600 W")
+        self.assertEqual(self.available_w(), 3200)
+
+        (chips / "hwmon1" / "in1_input").write_text("0\n", encoding="utf-8")
+        self.next_phase(daemon, "supply 2: present, AC lost")
+        self.assertEqual(self.states(), ["good", "AC lost"])
+        self.assertEqual(self.available_w(), 1600)
+        self.assertEqual(daemon.end(), 0, daemon.said)
+        system = self.ctl("realtime", clock=self.clock)["system"]
+        self.assertEqual((system["ac_w"], system["dc_w"]), (440, 400))
+
     def test_a_measured_trace_shows_its_supplies_with_the_label_that_was_set_up(self):
         self.trace = DATA / "server_4socket_24h_60s.csv"
         daemon = self.start("--redundancy-mode", "1", "--psu-label", "750", "--psu-input-label", "815")

@@ -53,6 +53,12 @@ timespec wall_clock() {
 
 }  // namespace
 
+std::int64_t monotonic_us() {
+    timespec now{};
+    clock_gettime(CLOCK_MONOTONIC, &now);
+    return std::int64_t{now.tv_sec} * 1'000'000 + now.tv_nsec / 1000;
+}
+
 SystemClock::SystemClock() {
     sigset_t held{};
     sigemptyset(&held);
@@ -83,9 +89,7 @@ std::int64_t SystemClock::now() {
 }
 
 std::int64_t SystemClock::elapsed() {
-    timespec now{};
-    clock_gettime(CLOCK_MONOTONIC, &now);
-    return now.tv_sec;
+    return monotonic_us() / 1'000'000;
 }
 
 // The wait itself is relative, so a clock that is set during it changes nothing.

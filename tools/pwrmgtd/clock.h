@@ -10,6 +10,9 @@ namespace pwrmgt::pwrmgtd {
 // `reload`: read the configuration again. `save`: save what is recorded, now.
 enum class Wake { time, stop, reload, save };
 
+// Microseconds that no setting of the clock changes.
+std::int64_t monotonic_us();
+
 class Clock {
 public:
     Clock() = default;

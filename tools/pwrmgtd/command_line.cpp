@@ -24,6 +24,7 @@ constexpr const char* kReplaying = "Replay";
 constexpr const char* kFooter =
     "Examples:\n"
     "  pwrmgtd                                         record from the firmware\n"
+    "  pwrmgtd --source kernel                         record what this machine's kernel measures\n"
     "  pwrmgtd --source trace --trace day.csv          play a measured trace as if it were live\n"
     "  pwrmgtd --replay day.csv                        fill the past 24 hours at once, and end\n"
     "  pwrmgtd --replay day.csv --until 2025-06-04T00:00:00Z\n"
@@ -41,15 +42,23 @@ constexpr const char* kFooter =
 
 void add_source_options(CLI::App& app, Options& options) {
     static const std::map<std::string, SourceKind> kSources{{"firmware", SourceKind::firmware},
+                                                            {"kernel", SourceKind::kernel},
                                                             {"trace", SourceKind::trace}};
     app.add_option_function<std::string>(
            "--source", [&options](const std::string& name) { options.source = kSources.at(name); },
-           "Where readings come from: firmware (over IPMI) or trace")
+           "Where readings come from: firmware (over IPMI), kernel (sysfs) or trace")
         ->check(CLI::IsMember(kSources).description(""))
         ->type_name("SOURCE")
         ->default_str("firmware");
     app.add_option("--trace", options.trace_file, "CSV file that --source trace plays")
         ->type_name("FILE");
+    app.add_option("--kernel-root", options.kernel_root,
+                   "Directory that --source kernel finds sys/ and proc/ in, in place of /")
+        ->type_name("DIR");
+    app.add_option("--supply-devices", options.supply_devices,
+                   "With --source kernel: devices of supplies 1, 2, ..., such as 7-0058,7-0059; "
+                   "found by themselves otherwise")
+        ->type_name("LIST");
 }
 
 void add_recording_options(CLI::App& app, Options& options) {

@@ -13,13 +13,15 @@ namespace pwrmgt::pwrmgtd {
 // Service managers and scripts rely on the numbers; --help and docs/pwrmgtd.md list them.
 enum class Exit : int { ok = 0, failure = 1, usage = 2, already_running = 3 };
 
-enum class SourceKind { firmware, trace };
+enum class SourceKind { firmware, kernel, trace };
 
 struct Options {
     std::string config_file;
     bool check_config = false;
     SourceKind source = SourceKind::firmware;
     std::string trace_file;
+    std::string kernel_root;     // empty: the real one
+    std::string supply_devices;  // with commas between; empty: found by themselves
     Rhythm rhythm;
     std::uint32_t redundancy_mode = 0;
     std::optional<int> bays;  // nothing: what platform and source tell

@@ -3,7 +3,6 @@
 
 #include <sys/socket.h>
 #include <sys/un.h>
-#include <time.h>
 #include <unistd.h>
 
 #include <charconv>
@@ -11,6 +10,8 @@
 #include <cstdint>
 #include <cstdlib>
 #include <cstring>
+
+#include "clock.h"
 
 namespace pwrmgt::pwrmgtd {
 namespace {
@@ -35,12 +36,6 @@ std::optional<std::chrono::microseconds> watchdog_interval() {
     const auto interval_us = number(variable("WATCHDOG_USEC"));
     if (!interval_us || *interval_us <= 0) return std::nullopt;
     return std::chrono::microseconds(*interval_us);
-}
-
-std::int64_t monotonic_us() {
-    timespec now{};
-    clock_gettime(CLOCK_MONOTONIC, &now);
-    return std::int64_t{now.tv_sec} * 1'000'000 + now.tv_nsec / 1000;
 }
 
 // A value must stay on its line.

@@ -2,12 +2,25 @@
 #include "supervision.h"
 
 #include <optional>
+#include <sstream>
+#include <string>
 #include <utility>
+#include <vector>
 
 #include "measured_trace.h"
+#include "source_kernel.h"
 
 namespace pwrmgt::pwrmgtd {
 namespace {
+
+std::vector<std::string> split(const std::string& list) {
+    std::vector<std::string> names;
+    std::istringstream text(list);
+    for (std::string name; std::getline(text, name, ',');) {
+        if (!name.empty()) names.push_back(name);
+    }
+    return names;
+}
 
 bool same(const BaySetup& a, const BaySetup& b) {
     return a.count == b.count && a.input_label_w == b.input_label_w &&
@@ -18,6 +31,11 @@ bool same(const BaySetup& a, const BaySetup& b) {
 
 std::unique_ptr<Source> make_source(const Options& options, Log& log) {
     if (options.source == SourceKind::firmware) return std::make_unique<FirmwareSource>(log);
+    if (options.source == SourceKind::kernel) {
+        return std::make_unique<KernelSource>(
+            KernelSource::Place{options.kernel_root, split(options.supply_devices)}, monotonic_us,
+            log);
+    }
     std::optional<trace::Trace> trace = load_trace(options.trace_file, log);
     if (!trace) return nullptr;
     return std::make_unique<TraceSource>(std::move(*trace), options.trace_file);

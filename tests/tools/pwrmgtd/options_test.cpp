@@ -32,6 +32,16 @@ TEST(Options, NoneMeansRecordingFromTheFirmware) {
     EXPECT_FALSE(parsed.options->verbose);
 }
 
+TEST(Options, TheKernelIsASourceWithARootAndSupplyDevices) {
+    const Parsed parsed = parse(
+        {"--source", "kernel", "--kernel-root", "/tree", "--supply-devices", "7-0058,7-0059"});
+
+    ASSERT_TRUE(parsed.options) << parsed.text;
+    EXPECT_EQ(parsed.options->source, SourceKind::kernel);
+    EXPECT_EQ(parsed.options->kernel_root, "/tree");
+    EXPECT_EQ(parsed.options->supply_devices, "7-0058,7-0059");
+}
+
 TEST(Options, SuppliesAreReadAndOtherwiseLeftToTheSource) {
     const Parsed none = parse({});
     const Parsed all = parse({"--bays", "8", "--psu-label", "1800", "--psu-input-label", "2000"});
@@ -124,13 +134,14 @@ TEST(Options, HelpNamesEveryOptionAndExitCode) {
 
     EXPECT_FALSE(parsed.options);
     EXPECT_EQ(parsed.exit, Exit::ok);
-    EXPECT_THAT(parsed.text,
-                AllOf(HasSubstr("--source"), HasSubstr("--trace"), HasSubstr("--sample-interval"),
-                      HasSubstr("--persist-every"), HasSubstr("--redundancy-mode"),
-                      HasSubstr("--clock-wait"), HasSubstr("--bays"), HasSubstr("--psu-label"),
-                      HasSubstr("--psu-input-label"), HasSubstr("--replay"), HasSubstr("--until"),
-                      HasSubstr("--then-run"), HasSubstr("--verbose"), HasSubstr("--version"),
-                      HasSubstr("--config"), HasSubstr("--check-config")));
+    EXPECT_THAT(
+        parsed.text,
+        AllOf(HasSubstr("--source"), HasSubstr("--kernel-root"), HasSubstr("--supply-devices"),
+              HasSubstr("--trace"), HasSubstr("--sample-interval"), HasSubstr("--persist-every"),
+              HasSubstr("--redundancy-mode"), HasSubstr("--clock-wait"), HasSubstr("--bays"),
+              HasSubstr("--psu-label"), HasSubstr("--psu-input-label"), HasSubstr("--replay"),
+              HasSubstr("--until"), HasSubstr("--then-run"), HasSubstr("--verbose"),
+              HasSubstr("--version"), HasSubstr("--config"), HasSubstr("--check-config")));
     EXPECT_THAT(parsed.text, AllOf(HasSubstr("0 ended"), HasSubstr("1 failure"),
                                    HasSubstr("2 wrong"), HasSubstr("3 another")));
 }
