@@ -9,10 +9,10 @@
 #include <filesystem>
 #include <string>
 
-#include "exchange.h"
+#include "../exchange.h"
+#include "../stand_ins.h"
 #include "peer.h"
 #include "relay.h"
-#include "stand_ins.h"
 #include "support/environment.h"
 
 // What send_ipmi_cmd() returns.
