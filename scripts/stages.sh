@@ -9,6 +9,7 @@ STAGES=(
     'debug|20|g++, not optimised: build the library, run the interface tests (symbols, layouts, shared globals)'
     'sanitizers|300|clang++ with AddressSanitizer and UndefinedBehaviorSanitizer: build everything, run every test'
     'arm|200|32-bit ARM: build the library and its recorder tests, run them under qemu-arm'
+    'threads|60|ThreadSanitizer over library and host platform: threads that query and write at once'
     'coverage|40|the lines and branches of the library that its unit tests run'
     'tidy|60|clang-tidy over the library and the host platform'
     'size|10|the size of the library, host and ARM, stripped'
@@ -24,7 +25,8 @@ stage_field() { # <name> <field number>
 need_stage_packages() {
     local wanted=('git:git' 'python3:python3' '/usr/include/gtest/gtest.h:libgtest-dev'
         '/usr/include/gmock/gmock.h:libgmock-dev' '/usr/lib/*/faketime/libfaketime.so.1:libfaketime'
-        '/usr/lib/python3/dist-packages/prometheus_client/parser.py:python3-prometheus-client')
+        '/usr/lib/python3/dist-packages/prometheus_client/parser.py:python3-prometheus-client'
+        'gnuplot:gnuplot-nox')
     local stage
     for stage in "$@"; do
         case $stage in
@@ -68,6 +70,8 @@ stage_sanitizers() { sanitized sanitizers; }
 stage_arm() { build_and_test arm; }
 stage_checks() { configure release && run_ctest release -L '^checks$'; }
 stage_debug() { configure debug && build debug vekdb_pwrmgt abi_globals && run_ctest debug -L '^abi$'; }
+
+stage_threads() { configure threads && build threads threads_test && run_ctest threads -R '^Threads\.'; }
 
 # The programs of the gcc stage load a library that counts. The rated-power reader is a part of its own test program.
 stage_coverage() {

@@ -12,6 +12,8 @@
 namespace pwrmgt::common {
 namespace {
 
+int real = STDOUT_FILENO;
+
 // A caller may close any of 0, 1 and 2; a database file opened there would then receive traces and
 // messages.
 void fill_standard_descriptors() {
@@ -25,6 +27,7 @@ void fill_standard_descriptors() {
 }  // namespace
 
 StdoutGuard::StdoutGuard() : document_(fcntl(STDOUT_FILENO, F_DUPFD_CLOEXEC, 3)) {
+    real = document_;
     // A reader that leaves early is an error of one write, not the end of the process inside the
     // library.
     std::signal(SIGPIPE, SIG_IGN);
@@ -36,6 +39,7 @@ StdoutGuard::StdoutGuard() : document_(fcntl(STDOUT_FILENO, F_DUPFD_CLOEXEC, 3))
 }
 
 StdoutGuard::~StdoutGuard() {
+    real = STDOUT_FILENO;
     if (document_ >= 0) close(document_);
 }
 
@@ -58,6 +62,10 @@ int StdoutGuard::write(std::string_view text) {
 
 bool StdoutGuard::is_terminal() const {
     return isatty(document_) == 1;
+}
+
+int StdoutGuard::real_output() {
+    return real;
 }
 
 }  // namespace pwrmgt::common

@@ -20,6 +20,8 @@ public:
     int write(std::string_view text);
     // Whether somebody looks on at a terminal.
     [[nodiscard]] bool is_terminal() const;
+    // The descriptor of the process's real standard output, whether or not a guard stands.
+    static int real_output();
 
 private:
     int document_;

@@ -71,7 +71,6 @@ uint32_t read_all(const Options& options, std::vector<Reading>& readings) {
 
 Outcome show(const Options& options) {
     const std::optional<uint32_t> cpu = chosen_cpu(options);
-    if (options.layout.chart && !cpu) return fail(Exit::usage, "--chart requires one processor");
     History history{};
     history.schema = "pwrmgtctl.cpu/1";
     history.title = cpu ? "Power of processor " + options.cpu : "Power of each processor";
@@ -90,7 +89,7 @@ Outcome show(const Options& options) {
     }
     history.available = history.readings.size();
     history.query_ms = done.query_ms;
-    return succeed(history_document(history, options.layout));
+    return history_outcome(history, options.layout);
 }
 
 CLI::App& add_command(CLI::App& family, Action& chosen, const char* name, const char* description,
@@ -120,7 +119,7 @@ void add_cpu(CLI::App& app, Action& chosen) {
     history.footer(
         "Examples:\n"
         "  pwrmgtctl cpu history\n"
-        "  pwrmgtctl cpu history 2 --rows 10 --chart");
+        "  pwrmgtctl cpu history 2 --rows 10 --plot");
 
     const auto newest = std::make_shared<Options>();
     newest->latest = true;

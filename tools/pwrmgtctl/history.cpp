@@ -97,7 +97,7 @@ Outcome show(const Options& options, Call call, const std::string& about, Histor
         if (history.available > wanted) continue;
         history.readings.push_back({entry.index, entry.timestamp, convert(entry)});
     }
-    return succeed(history_document(history, options.layout));
+    return history_outcome(history, options.layout);
 }
 
 History history_of(std::string_view schema, std::string title, Json subject,
@@ -115,10 +115,11 @@ Outcome show_power(const Options& options) {
     const std::span<const Column> columns = domain == PWRMGT_DOMAIN_SYSTEM
                                                 ? std::span<const Column>(kSystemColumns)
                                                 : std::span<const Column>(kDomainColumns);
+    History history = history_of("pwrmgtctl.history.power/1", domain_title(options.domain),
+                                 {{"domain", options.domain}}, columns);
+    history.capped = domain == PWRMGT_DOMAIN_SYSTEM;
     return show<pwrmgt_hist_pwr_sample_t>(
-        options, Call::history_power, "",
-        history_of("pwrmgtctl.history.power/1", domain_title(options.domain),
-                   {{"domain", options.domain}}, columns),
+        options, Call::history_power, "", std::move(history),
         [&](const Request& asked, pwrmgt_hist_pwr_sample_t* entries, uint32_t& count) {
             if (!asked.window) {
                 return pwrmgt_get_history_power(domain, asked.period.code, entries, count);
@@ -198,7 +199,8 @@ void add_history(CLI::App& app, Action& chosen) {
     power.footer(
         "Examples:\n"
         "  pwrmgtctl history power --period 24h\n"
-        "  pwrmgtctl history power --domain cpu --period 6h --chart\n"
+        "  pwrmgtctl history power --domain cpu --period 6h --plot\n"
+        "  pwrmgtctl history power --period 24h --svg day.svg\n"
         "  pwrmgtctl history power --end 2026-11-20T20:25:00Z --minutes 90 --samples-per-entry 6\n"
         "  pwrmgtctl history power --period 24h --json | jq '.entries[0].dc.avg_w'");
 

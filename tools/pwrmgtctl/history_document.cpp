@@ -16,14 +16,6 @@ std::string count_words(const History& history) {
     return std::to_string(count) + (count == 1 ? " entry of " : " entries of ");
 }
 
-std::string headline(const History& history, const Layout& layout, std::string_view order) {
-    const std::string_view last = history.end_s == history.asked_at_s ? ", last " : ", ";
-    return history.title + std::string(last) + span_text(history.period_s) + " up to " +
-           time_text(history.end_s, layout.zone) + ": " + count_words(history) +
-           (history.entry_s == 0 ? std::string() : span_text(history.entry_s)) + ", " +
-           std::string(order) + "; database " + working_database() + '\n';
-}
-
 std::string_view order_words(Order order) {
     return order == Order::newest_first ? "newest first" : "oldest first";
 }
@@ -57,6 +49,14 @@ std::string closing(const History& history, const Layout& layout) {
 
 }  // namespace
 
+std::string history_headline(const History& history, const Layout& layout, std::string_view order) {
+    const std::string_view last = history.end_s == history.asked_at_s ? ", last " : ", ";
+    return history.title + std::string(last) + span_text(history.period_s) + " up to " +
+           time_text(history.end_s, layout.zone) + ": " + count_words(history) +
+           (history.entry_s == 0 ? std::string() : span_text(history.entry_s)) + ", " +
+           std::string(order) + "; database " + working_database() + '\n';
+}
+
 std::string history_table(const History& history, const Layout& layout) {
     std::vector<std::string> headers{time_header(layout.zone)};
     for (const Column& column : history.columns) {
@@ -70,7 +70,7 @@ std::string history_table(const History& history, const Layout& layout) {
         }
         table.add(std::move(cells));
     }
-    return headline(history, layout, order_words(layout.order)) + table.text() +
+    return history_headline(history, layout, order_words(layout.order)) + table.text() +
            closing(history, layout);
 }
 
@@ -92,16 +92,6 @@ std::string history_json(const History& history, const Layout& layout) {
         document["entries"].push_back(entry_json(*reading, history.columns));
     }
     return json_text(document);
-}
-
-std::string history_chart(const History& history, const Layout& layout) {
-    std::vector<ChartPoint> points;
-    for (const Reading& reading : history.readings) {
-        points.push_back({reading.timestamp_s, reading.values[history.charted]});
-    }
-    return headline(history, layout, "oldest on the left") +
-           std::string(history.columns[history.charted].heading) + '\n' +
-           chart_text(points, {layout.charset, layout.zone}) + closing(history, layout);
 }
 
 }  // namespace pwrmgt::pwrmgtctl

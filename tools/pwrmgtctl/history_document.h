@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// A history of any kind as a table, a JSON document or a chart.
+// A history of any kind as a table or a JSON document.
 #pragma once
 
 #include <cstdint>
@@ -8,7 +8,6 @@
 #include <string_view>
 #include <vector>
 
-#include "chart.h"
 #include "print.h"
 
 namespace pwrmgt::pwrmgtctl {
@@ -32,7 +31,7 @@ struct History {
     std::string title;
     Json subject;  // what it tells of: {"domain": "system"}, {"psu": 3}, {}
     std::span<const Column> columns;
-    size_t charted;  // the column that a chart shows
+    bool capped;  // power that the power cap holds down
     // Newest first; entries after the end of the data are not among them.
     std::vector<Reading> readings;
     size_t available;  // how many there were before only the newest were kept
@@ -50,11 +49,11 @@ struct Layout {
     Zone zone;
     Order order;
     Timing timing;
-    Charset charset;
 };
 
+// The line on top: what it tells of, and in which order.
+std::string history_headline(const History& history, const Layout& layout, std::string_view order);
 std::string history_table(const History& history, const Layout& layout);
 std::string history_json(const History& history, const Layout& layout);
-std::string history_chart(const History& history, const Layout& layout);
 
 }  // namespace pwrmgt::pwrmgtctl

@@ -23,7 +23,7 @@ constexpr const char* kFooter =
     "\n"
     "Examples:\n"
     "  pwrmgtctl realtime\n"
-    "  pwrmgtctl history power --period 24h --chart\n"
+    "  pwrmgtctl history power --period 24h --plot\n"
     "  pwrmgtctl history psu 1 --period 6h --entries 5\n"
     "  pwrmgtctl policy --json\n"
     "\n"

@@ -10,6 +10,7 @@
 #include "command.h"
 #include "database.h"
 #include "missing.h"
+#include "plot_options.h"
 #include "print.h"
 #include "span_options.h"
 #include "status_text.h"
@@ -29,9 +30,8 @@ constexpr SpanWording kWording{"Entries to divide the period into, 1 to 1440, fo
 struct Options {
     SpanOptions span;
     bool json = false;
-    bool chart = false;
-    bool ascii = false;
-    std::string sensor;
+    PlotOptions plot;
+    std::vector<std::string> sensors;
     bool local = false;
     bool timing = false;
 };
@@ -77,7 +77,19 @@ Asked resolve(const SpanOptions& options) {
     return asked;
 }
 
+Outcome show_plot(const ThermalHistory& answer, const Options& options) {
+    const std::optional<Plot> plot = thermal_plot(answer, options.sensors);
+    if (!plot) return fail(Exit::no_data, "no reading of the sensors asked for in the span");
+    return plot_outcome(*plot, options.plot,
+                        {thermal_headline("Temperatures in C", answer, Zone::utc) +
+                             ", oldest on the left; database " + working_database() + '\n',
+                         options.timing ? timing_text(answer.query_ms) : std::string()});
+}
+
 Outcome show_history(const Options& options) {
+    if (!options.sensors.empty() && !options.plot.wanted()) {
+        return fail(Exit::usage, "--sensor requires --plot, --svg or --png");
+    }
     const Asked asked = resolve(options.span);
     if (!asked.mistake.empty()) return fail(Exit::usage, asked.mistake);
     ThermalHistory answer{asked.span, std::vector<pwrmgt_therm_sample_t>(asked.count), 0};
@@ -101,13 +113,8 @@ Outcome show_history(const Options& options) {
     }
     answer.query_ms = done.query_ms;
     fill_times(answer.samples, asked.span);
-    const ThermalLayout layout{options.local ? Zone::local : Zone::utc, options.timing,
-                               options.ascii ? Charset::ascii : Charset::utf8};
-    if (options.chart) {
-        const std::optional<std::string> chart = thermal_chart(answer, layout, options.sensor);
-        return chart ? succeed(*chart)
-                     : fail(Exit::no_data, "no reading of " + options.sensor + " in the span");
-    }
+    const ThermalLayout layout{options.local ? Zone::local : Zone::utc, options.timing};
+    if (options.plot.wanted()) return show_plot(answer, options);
     return succeed(options.json ? thermal_json(answer, layout) : thermal_table(answer, layout));
 }
 
@@ -168,16 +175,16 @@ void add_history_options(CLI::App& command, Options& options) {
     options.span.entries = kIndexesOfAnHour;
     add_span_options(command, options.span, kWording);
     CLI::Option* json = command.get_option("--json");
-    CLI::Option* chart =
-        command.add_flag("--chart", options.chart, "A chart of one sensor instead of a table")
-            ->excludes(json);
-    command.add_option("--sensor", options.sensor, "The chart's sensor, such as cpu2 or exhaust1")
+    CLI::Option* local =
+        command.add_flag("--local", options.local, "Local time instead of UTC")->excludes(json);
+    add_plot_options(command, options.plot, {json, local});
+    command
+        .add_option("--sensor", options.sensors,
+                    "A sensor to draw, such as cpu2 or exhaust1; may be repeated")
         ->check(CLI::IsMember(sensor_names()).description(""))
         ->type_name("SENSOR")
-        ->needs(chart);
-    command.add_flag("--ascii", options.ascii, "Draw the chart with ASCII characters")
-        ->needs(chart);
-    command.add_flag("--local", options.local, "Local time instead of UTC")->excludes(json);
+        ->expected(1)
+        ->take_all();
 }
 
 }  // namespace
@@ -192,7 +199,7 @@ void add_thermal(CLI::App& app, Action& chosen) {
     history.footer(
         "Examples:\n"
         "  pwrmgtctl thermal history --period 6h --entries 12\n"
-        "  pwrmgtctl thermal history --period 24h --chart --sensor cpu2\n"
+        "  pwrmgtctl thermal history --period 24h --plot --sensor cpu1 --sensor cpu2\n"
         "  pwrmgtctl thermal history --end now --minutes 60 --minutes-per-entry 5 --json");
     add_command(*family, chosen, "realtime", "The latest temperatures", show_realtime,
                 std::make_shared<Options>())

@@ -72,12 +72,6 @@ std::string triple_text(const std::optional<pwrmgt_therm_triple_t>& triple) {
            std::to_string(triple->max);
 }
 
-std::string headline(const std::string& title, const ThermalHistory& history, Zone zone) {
-    return title + ", " + span_text(history.span.length_s) + " up to " +
-           time_text(history.span.end_s, zone) + ": " + std::to_string(history.samples.size()) +
-           " entries of " + span_text(history.span.entry_s);
-}
-
 Json triple_json(const std::optional<pwrmgt_therm_triple_t>& triple) {
     if (!triple) return {{"min_c", nullptr}, {"avg_c", nullptr}, {"max_c", nullptr}};
     return {{"min_c", triple->min}, {"avg_c", triple->avg}, {"max_c", triple->max}};
@@ -92,6 +86,12 @@ bool has_reading(const pwrmgt_therm_sample_t& sample) {
             return degrees(triple).has_value();
         });
     });
+}
+
+std::string thermal_headline(const std::string& title, const ThermalHistory& history, Zone zone) {
+    return title + ", " + span_text(history.span.length_s) + " up to " +
+           time_text(history.span.end_s, zone) + ": " + std::to_string(history.samples.size()) +
+           " entries of " + span_text(history.span.entry_s);
 }
 
 std::string thermal_table(const ThermalHistory& history, const ThermalLayout& layout) {
@@ -109,7 +109,7 @@ std::string thermal_table(const ThermalHistory& history, const ThermalLayout& la
         }
         table.add(std::move(cells));
     }
-    const std::string text = headline("Temperatures in C (min/avg/max)", history, zone) +
+    const std::string text = thermal_headline("Temperatures in C (min/avg/max)", history, zone) +
                              ", oldest first; database " + working_database() + '\n' + table.text();
     return layout.timing ? text + timing_text(history.query_ms) : text;
 }
@@ -124,22 +124,28 @@ std::vector<std::string> sensor_names() {
     return names;
 }
 
-std::optional<std::string> thermal_chart(const ThermalHistory& history, const ThermalLayout& layout,
-                                         const std::string& sensor) {
-    const std::vector<Sensor> sensors = sensors_of(history.samples);
-    const auto chosen = std::find_if(sensors.begin(), sensors.end(), [&](const Sensor& known) {
-        return sensor.empty() || name_of(known) == sensor;
-    });
-    if (chosen == sensors.end()) return std::nullopt;
-    std::vector<ChartPoint> newest_first;
-    for (auto sample = history.samples.rbegin(); sample != history.samples.rend(); ++sample) {
-        const auto triple = chosen->read(*sample);
-        newest_first.push_back({sample->tm, triple ? ChartValue{triple->avg} : ChartValue{}});
+std::optional<Plot> thermal_plot(const ThermalHistory& history,
+                                 const std::vector<std::string>& wanted) {
+    Plot plot{};
+    plot.title = "Temperatures, " + span_text(history.span.length_s) + ", entries of " +
+                 span_text(history.span.entry_s);
+    plot.unit = PlotUnit::degrees;
+    plot.start_s = history.span.end_s - history.span.length_s;
+    plot.end_s = history.span.end_s;
+    for (const Sensor& sensor : sensors_of(history.samples)) {
+        const bool chosen =
+            std::find(wanted.begin(), wanted.end(), name_of(sensor)) != wanted.end();
+        if (!wanted.empty() && !chosen) continue;
+        PlotSeries series{title_of(sensor), {}};
+        for (const pwrmgt_therm_sample_t& sample : history.samples) {
+            const auto triple = sensor.read(sample);
+            series.points.push_back(
+                triple ? PlotPoint{sample.tm, triple->avg, triple->min, triple->max}
+                       : PlotPoint{sample.tm, {}, {}, {}});
+        }
+        plot.series.push_back(std::move(series));
     }
-    const std::string text = headline(title_of(*chosen), history, layout.zone) +
-                             ", oldest on the left; database " + working_database() + "\navg C\n" +
-                             chart_text(newest_first, {layout.charset, layout.zone});
-    return layout.timing ? text + timing_text(history.query_ms) : text;
+    return plot.series.empty() ? std::nullopt : std::optional(plot);
 }
 
 std::string thermal_json(const ThermalHistory& history, const ThermalLayout& layout) {

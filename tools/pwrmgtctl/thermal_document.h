@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "chart.h"
+#include "plot.h"
 #include "print.h"
 #include "vekdb_pwrmgt.h"
 
@@ -28,21 +28,21 @@ struct ThermalHistory {
 struct ThermalLayout {
     Zone zone;
     bool timing;
-    Charset charset = Charset::utf8;
 };
 
-// Names that thermal_chart() takes: inlet1, inlet2, cpu1 to cpu8, memory1 to memory8, exhaust1,
+// Names that thermal_plot() takes: inlet1, inlet2, cpu1 to cpu8, memory1 to memory8, exhaust1,
 // exhaust2.
 std::vector<std::string> sensor_names();
 
 // True when any sensor has a reading in the entry.
 bool has_reading(const pwrmgt_therm_sample_t& sample);
 
+// What it tells of, without the end of its line.
+std::string thermal_headline(const std::string& title, const ThermalHistory& history, Zone zone);
 std::string thermal_table(const ThermalHistory& history, const ThermalLayout& layout);
-// The averages of one sensor, or of the first that has a reading when none is named. Nothing when
-// that sensor has none.
-std::optional<std::string> thermal_chart(const ThermalHistory& history, const ThermalLayout& layout,
-                                         const std::string& sensor);
+// The sensors named, or every one that has a reading. Nothing when none of them has one.
+std::optional<Plot> thermal_plot(const ThermalHistory& history,
+                                 const std::vector<std::string>& wanted);
 std::string thermal_json(const ThermalHistory& history, const ThermalLayout& layout);
 
 }  // namespace pwrmgt::pwrmgtctl

@@ -87,20 +87,6 @@ TEST_F(Cpu, OldestFirstTurnsTheRowsRound) {
     EXPECT_EQ(entries[1]["cpu1"]["avg_w"], 110);
 }
 
-TEST_F(Cpu, ChartShowsOneProcessor) {
-    store_row(0, 100);
-    store_row(1, 90);
-
-    const Finished one = tool({"cpu", "history", "2", "--chart"});
-    const Finished all = tool({"cpu", "history", "--chart"});
-
-    EXPECT_EQ(one.exit, 0) << one.err;
-    EXPECT_NE(one.out.find("CPU 2 W\n"), std::string::npos) << one.out;
-    EXPECT_NE(one.out.find("Lowest 110, highest 120"), std::string::npos) << one.out;
-    EXPECT_EQ(all.exit, 2);
-    EXPECT_EQ(all.err, "pwrmgtctl: --chart requires one processor\n");
-}
-
 TEST_F(Cpu, LatestIsTheNewestRow) {
     store_row(0, 100);
     store_row(1, 90);

@@ -287,31 +287,6 @@ TEST_F(History, TimingInJsonIsAKeyOfItsOwn) {
     EXPECT_FALSE(json_of({"history", "power", "--json"}).contains("query_ms"));
 }
 
-TEST_F(History, ChartDrawsTheFirstColumn) {
-    store_slot(0, slot_of(300));
-    store_slot(2, slot_of(140));
-
-    const std::vector<std::string> lines =
-        lines_of(tool({"history", "power", "--chart", "--ascii"}).out);
-
-    ASSERT_EQ(lines.size(), 14U);
-    EXPECT_EQ(
-        lines[0] + "\n",
-        "System power, last 1 h up to 2023-11-14T22:13:30Z: 3 entries of 30 s, oldest on the left" +
-            database());
-    EXPECT_EQ(lines[1], "DC avg W");
-    EXPECT_EQ(lines[2], "320 +  :");
-    EXPECT_EQ(lines[6], "160 +: #");
-    EXPECT_EQ(lines[13], "Lowest 140, highest 300; blank = no reading.");
-}
-
-TEST_F(History, ChartUsesBlockCharactersUnlessAsciiIsAskedFor) {
-    store_slot(0, slot_of(300));
-
-    EXPECT_NE(tool({"history", "psu", "1", "--chart"}).out.find("█"), std::string::npos);
-    EXPECT_EQ(tool({"history", "psu", "1", "--chart", "--ascii"}).out.find("█"), std::string::npos);
-}
-
 TEST_F(History, NothingRecordedIsExit4WithItsStatus) {
     const Finished power = tool({"history", "power"});
     const Finished psu = tool({"history", "psu", "2", "--period", "6h"});

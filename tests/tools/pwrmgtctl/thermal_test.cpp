@@ -152,45 +152,5 @@ TEST_F(Thermal, RealtimeWithoutARowIsExit4) {
     EXPECT_EQ(run.err, "pwrmgtctl: no temperature is stored\n");
 }
 
-TEST_F(Thermal, ChartDrawsTheFirstSensorWithReadings) {
-    store(kLastEntry - 60, kAmbient, 1, -4);
-    store(kLastEntry - 30, kAmbient, 1, 24);
-
-    const Finished run =
-        tool({"thermal", "history", "--minutes", "2", "--end", "now", "--chart", "--ascii"});
-
-    EXPECT_EQ(run.exit, 0) << run.err;
-    EXPECT_EQ(run.out.substr(0, run.out.find(';')),
-              "Inlet 1, 2 min up to 2023-11-14T22:13:30Z: 2 entries of 1 min, oldest on the left");
-    EXPECT_NE(run.out.find("Lowest -4, highest 24; blank = no reading.\n"), std::string::npos);
-}
-
-TEST_F(Thermal, ChartDrawsTheSensorThatIsNamed) {
-    store(kLastEntry - 30, kAmbient, 1, 24);
-    store(kLastEntry - 30, kCpu, 2, 61);
-
-    const Finished run =
-        tool({"thermal", "history", "--minutes", "2", "--chart", "--sensor", "cpu2"});
-
-    EXPECT_EQ(run.exit, 0) << run.err;
-    EXPECT_TRUE(run.out.starts_with("CPU 2, 2 min up to"));
-    EXPECT_NE(run.out.find("Lowest 61, highest 61"), std::string::npos);
-}
-
-TEST_F(Thermal, ChartOfASensorWithoutReadingsIsNoData) {
-    store(kLastEntry - 30, kAmbient, 1, 24);
-
-    const Finished run =
-        tool({"thermal", "history", "--minutes", "2", "--chart", "--sensor", "cpu3"});
-
-    EXPECT_EQ(run.exit, 4);
-    EXPECT_EQ(run.err, "pwrmgtctl: no reading of cpu3 in the span\n");
-    EXPECT_EQ(run.out, "");
-}
-
-TEST_F(Thermal, ChartOfAnUnknownSensorIsAUsageError) {
-    EXPECT_EQ(tool({"thermal", "history", "--chart", "--sensor", "cpu9"}).exit, 2);
-}
-
 }  // namespace
 }  // namespace pwrmgt::tooltest

@@ -12,7 +12,7 @@ TEST_F(Usage, HelpTellsExitCodesAndExamples) {
     EXPECT_EQ(run.exit, 0);
     EXPECT_EQ(run.err, "");
     EXPECT_NE(run.out.find("  4  nothing recorded\n"), std::string::npos);
-    EXPECT_NE(run.out.find("  pwrmgtctl history power --period 24h --chart\n"), std::string::npos);
+    EXPECT_NE(run.out.find("  pwrmgtctl history power --period 24h --plot\n"), std::string::npos);
 }
 
 TEST_F(Usage, EveryCommandHasHelpWithAnExample) {
@@ -74,10 +74,12 @@ const Mistake kMistakes[] = {
     {{"history", "power", "--entries", "-1"}, "--entries"},
     {{"history", "power", "--entries", "many"}, "--entries"},
     {{"history", "power", "--entries", "4294967297"}, "--entries"},
-    {{"history", "power", "--json", "--chart"}, "--chart"},
+    {{"history", "power", "--json", "--plot"}, "--plot"},
+    {{"history", "power", "--json", "--svg", "x.svg"}, "--svg"},
+    {{"history", "power", "--png"}, "--png"},
     {{"history", "power", "--json", "--local"}, "--local"},
-    {{"history", "power", "--ascii"}, "--chart"},
-    {{"history", "power", "--chart", "--oldest-first"}, "--oldest-first"},
+    {{"history", "power", "--local", "--plot"}, "--plot"},
+    {{"history", "power", "--plot", "--oldest-first"}, "--oldest-first"},
     {{"history", "power", "--minutes", "0"}, "--minutes"},
     {{"history", "power", "--minutes", "1441"}, "--minutes"},
     {{"history", "power", "--minutes", "5", "--samples-per-entry", "0"}, "--samples-per-entry"},
@@ -102,7 +104,7 @@ const Mistake kMistakes[] = {
     {{"cpu", "history", "--rows", "0"}, "--rows"},
     {{"cpu", "history", "--rows", "21"}, "--rows"},
     {{"cpu", "latest", "--rows", "1"}, "--rows"},
-    {{"realtime", "--chart"}, "--chart"},
+    {{"realtime", "--plot"}, "--plot"},
     {{"psu", "voltage"}, "N is required"},
     {{"psu", "voltage", "0"}, "N"},
     {{"psu", "voltage", "13"}, "N"},
@@ -118,6 +120,7 @@ const Mistake kMistakes[] = {
     {{"thermal", "history", "--minutes", "60", "--minutes-per-entry", "13"}, "--minutes-per-entry"},
     {{"thermal", "history", "--minutes", "60", "--period", "1h"}, "--period"},
     {{"thermal", "history", "--end", "now"}, "--minutes"},
+    {{"thermal", "history", "--plot", "--sensor", "cpu9"}, "--sensor"},
     {{"policy", "rubbish"}, "rubbish"},
 };
 // clang-format on

@@ -126,15 +126,6 @@ TEST_F(HistoryWindow, SlotWithoutAReadingIsADashAndNull) {
     EXPECT_TRUE(document["entries"][1]["io"]["avg_pct"].is_null());
 }
 
-TEST_F(HistoryWindow, ChartShowsTheWindow) {
-    fill();
-
-    const Finished run = tool({"history", "power", "--minutes", "5", "--chart"});
-
-    EXPECT_EQ(run.exit, 0) << run.err;
-    EXPECT_NE(run.out.find("Lowest 210, highest 300"), std::string::npos) << run.out;
-}
-
 TEST_F(HistoryWindow, WithoutAnyReadingIsExit4) {
     fill();
 
