@@ -1,10 +1,16 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "tables.h"
 
+#include <fcntl.h>
+#include <unistd.h>
+
 #include <algorithm>
 #include <array>
+#include <cerrno>
+#include <cstring>
 #include <string>
 
+#include "state_dir.h"
 #include "status_words.h"
 #include "vekdb_client.h"
 
@@ -171,7 +177,20 @@ bool DatabaseTables::save(std::int64_t first_s, std::int64_t last_s) {
     const std::string range = within(first_s, last_s);
     const bool main_there = is_saved("saved rows", kWorkingHistory, kPersistentHistory, range);
     const bool extra_there = is_saved("saved extra rows", kWorkingExtra, kPersistentExtra, range);
-    return saved && main_there && extra_there;
+    return saved && main_there && extra_there && flush_saved();
+}
+
+// The database answers before a save has reached the disk: what it appended to its log could still
+// be lost with the power. A server has no such file here.
+bool DatabaseTables::flush_saved() {
+    const std::string log_file = vekdb::choose_directories().persistent_path() + "-wal";
+    const int file = ::open(log_file.c_str(), O_RDONLY | O_CLOEXEC);
+    if (file < 0) return true;
+    const bool flushed = fdatasync(file) == 0;
+    const std::string reason = flushed ? "" : std::strerror(errno);
+    close(file);
+    log_.state("flushing saved slots", reason);
+    return flushed;
 }
 
 bool DatabaseTables::save_temperatures() {

@@ -86,6 +86,7 @@ public:
 private:
     bool statement(const std::string& sql);
     bool save_temperatures();
+    bool flush_saved();
     void trim_temperatures(std::int64_t now_s);
     bool append_one(const Row& row);
     void append_cpus(const Row& row);
