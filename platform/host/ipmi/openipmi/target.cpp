@@ -2,13 +2,16 @@
 #include "target.h"
 
 #include <netdb.h>
+#include <pthread.h>
 #include <sys/socket.h>
 
 #include <array>
 #include <charconv>
+#include <csignal>
 #include <cstdint>
-#include <memory>
-#include <vector>
+#include <future>
+#include <thread>
+#include <utility>
 
 namespace pwrmgt::ipmi::openipmi {
 namespace {
@@ -46,53 +49,36 @@ bool split_place(std::string_view place, Target& target) {
     return !target.host.empty() && number(port, 65535).value_or(0) > 0;
 }
 
-struct Lookup {
-    explicit Lookup(const Target& target) : host(target.host), port(target.port) {
-        hints.ai_socktype = SOCK_DGRAM;
-        hints.ai_flags = AI_NUMERICSERV;
-        question.ar_name = host.c_str();
-        question.ar_service = port.c_str();
-        question.ar_request = &hints;
-    }
-    ~Lookup() {
-        if (question.ar_result != nullptr) freeaddrinfo(question.ar_result);
-    }
-    Lookup(const Lookup&) = delete;
-    Lookup& operator=(const Lookup&) = delete;
-
-    std::string host;
-    std::string port;
+// The numeric address of a host: the first IPv4 one, or else the first. `flags`: AI_NUMERICHOST
+// asks no resolver.
+std::optional<std::string> looked_up(const std::string& host, int flags) {
     addrinfo hints{};
-    gaicb question{};
-};
-
-bool answered(Lookup& lookup, Clock::time_point until) {
-    gaicb* list[] = {&lookup.question};
-    if (getaddrinfo_a(GAI_NOWAIT, list, 1, nullptr) != 0) return false;
-    const gaicb* waiting[] = {&lookup.question};
-    while (gai_error(&lookup.question) == EAI_INPROGRESS && Clock::now() < until) {
-        const auto left = until - Clock::now();
-        const auto whole = std::chrono::duration_cast<std::chrono::seconds>(left);
-        timespec timeout{};
-        timeout.tv_sec = static_cast<time_t>(whole.count());
-        timeout.tv_nsec = static_cast<long>(std::chrono::nanoseconds(left - whole).count());
-        const Outside outside;
-        gai_suspend(waiting, 1, &timeout);
-    }
-    return gai_error(&lookup.question) == 0;
-}
-
-std::optional<std::string> numeric(const addrinfo* found) {
+    hints.ai_socktype = SOCK_DGRAM;
+    hints.ai_flags = flags;
+    addrinfo* found = nullptr;
+    if (getaddrinfo(host.c_str(), nullptr, &hints, &found) != 0) return std::nullopt;
     const addrinfo* chosen = found;
     for (const addrinfo* each = found; each != nullptr; each = each->ai_next) {
         if (each->ai_family == AF_INET && chosen->ai_family != AF_INET) chosen = each;
     }
     std::array<char, NI_MAXHOST> text{};
-    if (chosen == nullptr || getnameinfo(chosen->ai_addr, chosen->ai_addrlen, text.data(),
-                                         text.size(), nullptr, 0, NI_NUMERICHOST) != 0) {
-        return std::nullopt;
-    }
+    const int failed = getnameinfo(chosen->ai_addr, chosen->ai_addrlen, text.data(), text.size(),
+                                   nullptr, 0, NI_NUMERICHOST);
+    freeaddrinfo(found);
+    if (failed != 0) return std::nullopt;
     return std::string(text.data());
+}
+
+// A thread for a moment, in which no handler of the program's ever runs.
+template <class Task>
+std::thread started(Task task) {
+    sigset_t all;
+    sigset_t before;
+    sigfillset(&all);
+    pthread_sigmask(SIG_SETMASK, &all, &before);
+    std::thread thread(std::move(task));
+    pthread_sigmask(SIG_SETMASK, &before, nullptr);
+    return thread;
 }
 
 }  // namespace
@@ -113,22 +99,19 @@ std::optional<Target> parse_target(std::string_view setting) {
 }
 
 std::optional<std::string> address_of(const Target& target, Clock::time_point until) {
-    // An address needs no resolver, and no thread to wait for it in.
-    Lookup address(target);
-    address.hints.ai_flags |= AI_NUMERICHOST;
-    if (getaddrinfo(address.host.c_str(), address.port.c_str(), &address.hints,
-                    &address.question.ar_result) == 0) {
-        return numeric(address.question.ar_result);
+    if (auto address = looked_up(target.host, AI_NUMERICHOST)) return address;
+    // Resolvers wait as long as their configuration says.
+    std::packaged_task<std::optional<std::string>()> task(
+        [host = target.host] { return looked_up(host, 0); });
+    auto answer = task.get_future();
+    std::thread resolver = started(std::move(task));
+    const Outside outside;
+    if (answer.wait_until(until) != std::future_status::ready) {
+        resolver.detach();
+        return std::nullopt;
     }
-    auto lookup = std::make_unique<Lookup>(target);
-    if (answered(*lookup, until)) return numeric(lookup->question.ar_result);
-    if (gai_error(&lookup->question) == EAI_INPROGRESS &&
-        gai_cancel(&lookup->question) == EAI_NOTCANCELED) {
-        // The resolver still writes into it.
-        static auto& given_up = *new std::vector<std::unique_ptr<Lookup>>;
-        given_up.push_back(std::move(lookup));
-    }
-    return std::nullopt;
+    resolver.join();
+    return answer.get();
 }
 
 }  // namespace pwrmgt::ipmi::openipmi
