@@ -24,3 +24,11 @@ install(FILES ${CMAKE_CURRENT_BINARY_DIR}/vekdb_pwrmgt-config.cmake
 file(RELATIVE_PATH prefix_from_pc "/${CMAKE_INSTALL_LIBDIR}/pkgconfig" "/")
 configure_file(cmake/vekdb_pwrmgt.pc.in vekdb_pwrmgt.pc @ONLY)
 install(FILES ${CMAKE_CURRENT_BINARY_DIR}/vekdb_pwrmgt.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig COMPONENT dev)
+
+# The daemon's unit, its user and its directories, where systemd looks for those of packages.
+set(PWRMGT_UNIT_DIR lib/systemd/system CACHE STRING "Where systemd's units are installed")
+if(PWRMGT_TOOLS)
+    install(FILES systemd/pwrmgtd.service DESTINATION ${PWRMGT_UNIT_DIR})
+    install(FILES systemd/pwrmgtd.sysusers DESTINATION lib/sysusers.d RENAME pwrmgtd.conf)
+    install(FILES systemd/pwrmgtd.tmpfiles DESTINATION lib/tmpfiles.d RENAME pwrmgtd.conf)
+endif()

@@ -5,7 +5,11 @@ set(CMAKE_SYSTEM_PROCESSOR arm)
 set(CMAKE_C_COMPILER arm-linux-gnueabihf-gcc)
 set(CMAKE_CXX_COMPILER arm-linux-gnueabihf-g++)
 
-set(CMAKE_FIND_ROOT_PATH /usr/arm-linux-gnueabihf)
+# scripts/sysroot makes it: what the host platform and the tools need beside the compiler's own libraries.
+set(PWRMGT_SYSROOT "${CMAKE_CURRENT_LIST_DIR}/../build/sysroot/armhf" CACHE PATH "Libraries of the controller")
+list(APPEND CMAKE_TRY_COMPILE_PLATFORM_VARIABLES PWRMGT_SYSROOT)
+cmake_path(NORMAL_PATH PWRMGT_SYSROOT)
+set(CMAKE_FIND_ROOT_PATH ${PWRMGT_SYSROOT} /usr/arm-linux-gnueabihf)
 set(CMAKE_FIND_ROOT_PATH_MODE_PROGRAM NEVER)
 set(CMAKE_FIND_ROOT_PATH_MODE_LIBRARY ONLY)
 set(CMAKE_FIND_ROOT_PATH_MODE_INCLUDE ONLY)

@@ -61,6 +61,12 @@ class Hardening(check_common.TreeCase):
         for option in ("-fstack-protector-strong", "-D_FORTIFY_SOURCE=2"):
             self.assert_told(f"src/main.c: compiled without {option}", compiled=self.without(COMPILED, option), more=("--fortified",))
 
+    def test_a_guard_of_arrays_alone_has_to_begin_at_four_bytes(self):
+        compiled = COMPILED + ("-fstack-protector",)
+
+        self.assert_told("src/main.c: compiled without -fstack-protector-strong", compiled=compiled)
+        self.assertEqual(self.told(compiled=compiled + ("--param=ssp-buffer-size=4",))[0], 0)
+
     def test_a_build_that_is_not_optimised_needs_no_fortified_calls(self):
         self.assertEqual(self.told(compiled=self.without(COMPILED, "-D_FORTIFY_SOURCE=2"), more=())[0], 0)
 
