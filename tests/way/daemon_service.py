@@ -164,6 +164,15 @@ class Service(WayTest):
         self.assertEqual(list(self.state.iterdir()) + list(self.runtime.iterdir()), [])
 
 
+    def test_the_manual_and_the_page_name_every_option(self):
+        options = re.findall("^  (?:-h,)?(--[a-z-]+)", self.daemon_once("--help")[0], re.MULTILINE)
+        manual = (DATA.parent / "man" / "pwrmgtd.8").read_text(encoding="utf-8")
+        page = (DATA.parent / "docs" / "pwrmgtd.md").read_text(encoding="utf-8")
+
+        self.assertGreater(len(options), 15)
+        self.assertEqual([name for name in options if not re.search(rf"Fl {name[1:]}\b", manual)], [])
+        self.assertEqual([name for name in options if f"`{name}" not in page], [])
+
     def test_the_file_to_start_from_changes_nothing_until_it_is_edited(self):
         sample = DATA.parent / "systemd" / "pwrmgtd.conf"
         self.configuration = os.devnull

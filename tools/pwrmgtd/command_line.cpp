@@ -31,7 +31,7 @@ constexpr const char* kFooter =
     "  pwrmgtd --replay day.csv --then-run             fill them, then record\n\n"
     "Configuration: name = value lines in /etc/vekdb/pwrmgtd.conf or --config FILE, the names "
     "those\n"
-    "of the options of the first group without the dashes. The environment (PWRMGTD_TRACE, ...)\n"
+    "of the options under Recording without the dashes. The environment (PWRMGTD_TRACE, ...)\n"
     "wins over the file, the command line over both. --check-config shows what comes of it.\n\n"
     "Signals: SIGTERM and SIGINT save and end, SIGHUP reads the configuration and the trace "
     "again,\n"
