@@ -30,7 +30,7 @@ need_stage_packages() {
     local stage
     for stage in "$@"; do
         case $stage in
-            checks) wanted+=('clang-format:clang-format' 'systemd-analyze:systemd') ;;
+            checks) wanted+=('clang-format:clang-format' 'mandoc:mandoc' 'systemd-analyze:systemd') ;;
             sanitizers)
                 wanted+=('clang++:clang'
                     '/usr/lib/llvm-*/lib/clang/*/lib/linux/libclang_rt.asan-*.a:libclang-rt-14-dev')

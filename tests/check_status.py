@@ -2,16 +2,18 @@
 # SPDX-License-Identifier: Apache-2.0
 """Statuses: docs/status.md is what the comments of the public header say, turned by number. --write writes it anew."""
 import re
+import sys
+from pathlib import Path
 
 import check_common
+
+sys.path.append(str(Path(__file__).resolve().parent.parent / "man"))
+import public_header  # noqa: E402
 
 HEADER = "include/vekdb_pwrmgt.h"
 DOCUMENT = "docs/status.md"
 OPTIONS = [("--write", {"action": "store_true", "help": f"write {DOCUMENT} instead of comparing it"})]
 
-# A comment and the exported function that follows it.
-FUNCTION = re.compile(r"/\*\*((?:(?!\*/).)*)\*/\s*PWRMGT_API[^;{]*?\b(\w+)\([^;]*\);", re.DOTALL)
-TAG = re.compile(r"@(retval|return)[ \t]+((?:(?!@|\n\n).)*)", re.DOTALL)
 AS = re.compile(r"^As (\w+)\(\),?\s*(.*)$", re.DOTALL)
 
 INTRODUCTION = """\
@@ -28,18 +30,12 @@ or something is invalid. Where a function differs, the tables are right.
 """
 
 
-def plain(comment):
-    """A comment's text without its stars."""
-    return "\n".join(re.sub(r"^[ \t]*\* ?", "", line) for line in comment.split("\n")).strip()
-
-
 def functions(header):
-    """(name, first paragraph, [(tag, text)]) of each exported function, in the header's order. A tag's text ends at the
-    next tag or at an empty line."""
-    for match in FUNCTION.finditer(header):
-        text = plain(match[1])
-        tags = [(tag, " ".join(words.split())) for tag, words in TAG.findall(text)]
-        yield match[2], " ".join(text.split("\n\n")[0].split()), tags
+    """(name, first paragraph, [(tag, text)] of what it returns) of each exported function, in the header's order."""
+    for match in public_header.FUNCTION.finditer(header):
+        text = public_header.plain(match[1])
+        tags = [(tag, words) for tag, words in public_header.tags_of(text) if tag != "param"]
+        yield match[3], " ".join(text.split("\n\n")[0].split()), tags
 
 
 def table(head, rows):
