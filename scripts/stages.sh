@@ -26,7 +26,7 @@ need_stage_packages() {
     local wanted=('git:git' 'python3:python3' '/usr/include/gtest/gtest.h:libgtest-dev'
         '/usr/include/gmock/gmock.h:libgmock-dev' '/usr/lib/*/faketime/libfaketime.so.1:libfaketime'
         '/usr/lib/python3/dist-packages/prometheus_client/parser.py:python3-prometheus-client'
-        'gnuplot:gnuplot-nox')
+        'gnuplot:gnuplot-nox' 'ipmi_sim:openipmi')
     local stage
     for stage in "$@"; do
         case $stage in
