@@ -12,7 +12,7 @@ STAGES=(
     'threads|60|ThreadSanitizer over library and host platform: threads that query and write at once'
     'coverage|40|the lines and branches of the library that its unit tests run'
     'tidy|60|clang-tidy over the library and the host platform'
-    'size|10|the size of the library, host and ARM, stripped'
+    'size|10|what the library costs, on the host and on ARM: size, relocations, largest frame, heap'
 )
 
 stage_names() { printf '%s\n' "${STAGES[@]%%|*}"; }
@@ -23,7 +23,8 @@ stage_field() { # <name> <field number>
 
 # need_stage_packages <stage>...: everything the stages need, in one go, before the first of them starts
 need_stage_packages() {
-    local wanted=('git:git' 'python3:python3' '/usr/include/gtest/gtest.h:libgtest-dev'
+    local wanted=('git:git' 'python3:python3' 'abidiff:abigail-tools' 'pkg-config:pkgconf'
+        '/usr/include/gtest/gtest.h:libgtest-dev'
         '/usr/include/gmock/gmock.h:libgmock-dev' '/usr/lib/*/faketime/libfaketime.so.1:libfaketime'
         '/usr/lib/python3/dist-packages/prometheus_client/parser.py:python3-prometheus-client'
         'gnuplot:gnuplot-nox' 'ipmi_sim:openipmi')
@@ -96,19 +97,8 @@ stage_tidy() {
 
 stage_size() {
     configure release && configure arm && build release vekdb_pwrmgt && build arm vekdb_pwrmgt || return
-    local preset strip library copy
-    copy=$(mktemp)
-    printf '%-10s %10s %10s %10s %16s\n' build text data bss 'stripped file'
-    for preset in release arm; do
-        strip='strip'
-        [ $preset = arm ] && strip=arm-linux-gnueabihf-strip
-        library=$PROJECT_ROOT/build/$preset/src/libvekdb_pwrmgt.so
-        "$strip" --strip-unneeded -o "$copy" "$library" || return
-        # shellcheck disable=SC2046
-        printf '%-10s %10s %10s %10s %16s\n' $preset $(size "$copy" | awk 'NR == 2 { print $1, $2, $3 }') \
-            "$(stat -c %s "$copy")"
-    done
-    rm -f "$copy"
+    python3 "$PROJECT_ROOT/tests/abi/sizes.py" "release=$PROJECT_ROOT/build/release" \
+        "arm=$PROJECT_ROOT/build/arm=arm-linux-gnueabihf-"
 }
 
 is_testless() { [[ " coverage tidy size mutation valgrind " == *" $1 "* ]]; }
@@ -140,7 +130,7 @@ run_stages() {
             grep -vE '^\[[0-9]+/[0-9]+\] (Building|Linking|Creating)|^ +Start +[0-9]+: |\.\.\. +Passed +[0-9.]+ sec$' "$log" | tail -n 80 | sed 's/^/    /' || true
             say "    (all of it: build/logs/$stage.log)"
         elif [ "$stage" = size ]; then
-            grep -A 3 '^build ' "$log"
+            sed -n '/^ *release *change/,/^largest frame, arm/p' "$log"
         elif [ "$stage" = coverage ]; then
             grep -E '^(lines|branches):' "$log"
         fi
