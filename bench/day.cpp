@@ -55,7 +55,8 @@ std::vector<Row> measured_day() {
     std::vector<Row> rows(kSlots);
     for (std::int32_t slot = 0; slot < kSlots; ++slot) {
         Row& row = rows[static_cast<std::size_t>(slot)];
-        const trace::Reading* reading = trace.reading_at(trace.first_s() + slot * kSlot_s);
+        const trace::Reading* reading =
+            trace.reading_at(trace.first_s() + std::int64_t{slot} * kSlot_s);
         row.slot = static_cast<std::uint16_t>(slot);
         row.time_s = kNow_s - (kSlots - 1 - slot) * kSlot_s;
         row.values = values_of(reading != nullptr ? *reading : unreachable);

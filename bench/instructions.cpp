@@ -3,6 +3,7 @@
 // operation is run to warm up, then once between two marks, and dumped under its name.
 #include <valgrind/callgrind.h>
 
+#include <cstddef>
 #include <cstdio>
 #include <exception>
 #include <string>
@@ -16,11 +17,11 @@ using namespace pwrmgt::bench;
 
 namespace {
 
-constexpr int kWarmUps = 3;
+constexpr std::ptrdiff_t kWarmUps = 3;
 
 template <class Body>
 void counted(const char* name, Body body) {
-    for (int i = 0; i < kWarmUps; ++i) {
+    for (std::ptrdiff_t i = 0; i < kWarmUps; ++i) {
         body();
     }
     CALLGRIND_START_INSTRUMENTATION;

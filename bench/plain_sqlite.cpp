@@ -56,7 +56,8 @@ std::string table(const std::string& schema, const std::string& name) {
     }
     sql += ");";
     for (const char* key : {"_id", "Timestamp"}) {
-        sql += "CREATE INDEX " + schema + name + key + " ON " + name + "(" + key + ");";
+        sql.append("CREATE INDEX ").append(schema).append(name).append(key);
+        sql.append(" ON ").append(name).append("(").append(key).append(");");
     }
     return sql;
 }

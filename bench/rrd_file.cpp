@@ -42,6 +42,7 @@ struct Fetched {
 
 RrdFile::RrdFile(std::string path, std::int32_t start_s) : path_{std::move(path)} {
     std::vector<std::string> texts;
+    texts.reserve(kSources + 6);
     for (std::size_t source = 0; source < kSources; ++source) {
         texts.push_back(std::string{"DS:"} + kValueColumns[source] + ":GAUGE:60:0:65534");
     }
