@@ -20,7 +20,7 @@ TEST_F(CtlReload, SavedHistoryIsShownTheSameAfterTheWorkingTableWasLost) {
         store_slot(back, back % 7 == 3 ? empty_slot() : slot_of(static_cast<uint16_t>(200 + back)));
     }
     ASSERT_EQ(pwrmgt_update_hist_persist_db(connection(), kFirstSlot, kSlots), 0U);
-    const std::vector<std::string> query{"history", "power", "--period", "6h", "--json"};
+    const std::vector<std::string> query{"power", "history", "--period", "6h", "--json"};
     const Finished before = tool(query);
 
     ASSERT_EQ(vek_db_delete(connection(), "HistPowers24HrMem", nullptr), 0);

@@ -67,7 +67,7 @@ class Live(WayTest):
         self.assertEqual(daemon.end(), 0, daemon.said)
 
         self.assertTrue(self.rows("HistPowers24Hr"))
-        self.assertIsNotNone(self.ctl("realtime", clock=START + 3600)["timestamp_s"])
+        self.assertIsNotNone(self.ctl("power", "realtime", clock=START + 3600)["timestamp_s"])
 
     def test_what_was_saved_outlives_a_kill(self):
         # The next save is seconds away when the kill comes.
@@ -147,8 +147,8 @@ class Live(WayTest):
                 if run.returncode != 0 or not run.stdout:
                     failures.append((arguments, run.returncode, run.stderr))
 
-        readers = [threading.Thread(target=read, args=(0, ("history", "power", "--period", "24h", "--json"))),
-                   threading.Thread(target=read, args=(1, ("realtime", "--json")))]
+        readers = [threading.Thread(target=read, args=(0, ("power", "history", "--period", "24h", "--json"))),
+                   threading.Thread(target=read, args=(1, ("power", "realtime", "--json")))]
         stop_s = time.monotonic() + reader_s
         for reader in readers:
             reader.start()

@@ -72,7 +72,7 @@ class Replay(WayTest):
 
         self.replay(DAY)
 
-        shown = self.ctl("realtime", clock=UNTIL)
+        shown = self.ctl("power", "realtime", clock=UNTIL)
         last = readings[-1][1]
         self.assertEqual(shown["timestamp_s"], 1748995170 + readings[-1][0] % 30)
         self.assertEqual(shown["system"]["dc_w"], last["dc"])

@@ -44,7 +44,7 @@ class Service(WayTest):
         self.configuration.write_text(text, encoding="utf-8")
 
     def shown_w(self, clock):
-        return self.ctl("realtime", clock=clock)["system"]["dc_w"]
+        return self.ctl("power", "realtime", clock=clock)["system"]["dc_w"]
 
     def test_the_manager_hears_of_start_progress_life_and_end(self):
         manager = self.listen(WATCHDOG_USEC="300000")
@@ -123,7 +123,7 @@ class Service(WayTest):
         daemon.process.send_signal(signal.SIGUSR1)
         daemon.wait_for("asked to save")
 
-        self.assertEqual(self.ctl("realtime", clock=clock)["timestamp_s"], START + 1)
+        self.assertEqual(self.ctl("power", "realtime", clock=clock)["timestamp_s"], START + 1)
         self.assertEqual(self.shown_w(clock), 100)
         self.assertEqual(daemon.end(), 0, daemon.said)
 

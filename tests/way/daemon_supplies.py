@@ -218,7 +218,7 @@ class Supplies(WayTest):
         self.assertEqual(self.states(), ["good", "AC lost"])
         self.assertEqual(self.available_w(), 1600)
         self.assertEqual(daemon.end(), 0, daemon.said)
-        system = self.ctl("realtime", clock=self.clock)["system"]
+        system = self.ctl("power", "realtime", clock=self.clock)["system"]
         self.assertEqual((system["ac_w"], system["dc_w"]), (440, 400))
 
     def test_a_measured_trace_shows_its_supplies_with_the_label_that_was_set_up(self):

@@ -74,7 +74,7 @@ class Temperatures(WayTest):
             expected = expected_indexes(records, period_s, count)
             for entry in shown:
                 sensors = expected[entry["timestamp_s"]]
-                for kind, group in ((1, "ambient"), (2, "cpu"), (4, "exhaust")):
+                for kind, group in ((1, "inlet"), (2, "cpu"), (4, "exhaust")):
                     for place, value in enumerate(entry[group]):
                         degrees = sensors.get((kind, place + 1))
                         self.assertEqual(value, triple(degrees) if degrees else
@@ -87,8 +87,9 @@ class Temperatures(WayTest):
 
         with open(DAY, newline="", encoding="utf-8") as file:
             last = list(csv.DictReader(file))[-1]
-        self.assertEqual(shown["cpu_c"][:5], [*(whole(last[f"cpu{n}_C"]) for n in range(1, 5)), None])
-        self.assertEqual(shown["ambient_c"][0], whole(last["ambient_C"]))
+        readings = {reading["sensor"]: reading["temperature_c"] for reading in shown["readings"]}
+        expected = {f"cpu{n}": whole(last[f"cpu{n}_C"]) for n in range(1, 5)}
+        self.assertEqual(readings, {"inlet1": whole(last["ambient_C"]), **expected})
 
 
 if __name__ == "__main__":

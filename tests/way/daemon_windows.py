@@ -67,7 +67,7 @@ class Windows(WayTest):
         self.replay(GAPS)
 
         entries = self.window("power", end=UNTIL, minutes=1440, samples=24)
-        table = subprocess.run([CTL, "history", "power", "--minutes", "1440", "--samples-per-entry", "24"],
+        table = subprocess.run([CTL, "power", "history", "--minutes", "1440", "--samples-per-entry", "24"],
                                env=self.environment(UNTIL), capture_output=True, text=True, timeout=120, check=True).stdout
 
         missing = [entry for entry in entries if entry["dc"]["avg_w"] is None]

@@ -21,7 +21,6 @@ constexpr uint32_t kNoneUsable = 17;  // the bays are told all the same
 constexpr uint32_t kMaxPercent = 1000;
 constexpr int64_t kMaxAge = 86400;
 constexpr uint32_t kMostLevels = 2;
-constexpr uint32_t kUnsetMode = 255;
 
 struct Options {
     uint32_t supplies = 0;  // 0: as many as are present
@@ -67,7 +66,8 @@ Told<Redundancy> read_redundancy() {
     if (const uint32_t status = pwrmgt_get_pwrpolicy_tbl(&policy); status != 0) {
         return {std::nullopt, explain(Call::policy, status, "").error};
     }
-    if (policy.redun_mode == kUnsetMode) return {std::nullopt, "no redundancy mode is stored"};
+    const Value stored = redundancy_mode(policy.redun_mode);
+    if (!stored) return {std::nullopt, "no redundancy mode is stored"};
     uint8_t level = PWRMGT_PSU_UNKNOWN;
     const uint32_t status =
         pwrmgt_get_powerInfo_perRedunMode(policy.redun_mode, nullptr, nullptr, &level);
@@ -130,7 +130,7 @@ std::string json_document(const std::vector<Finding>& findings, PluginState stat
                                         {"words", finding.words},
                                         {"performance", finding.performance}});
     }
-    return json_text(document);
+    return json_text(document, JsonForm::indented);
 }
 
 // Exit codes of a plugin, not those of `Exit`.

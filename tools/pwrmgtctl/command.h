@@ -1,12 +1,17 @@
 // SPDX-License-Identifier: Apache-2.0
-// What every command family shares: exit codes, what a command hands back, and how a family
-// registers itself.
+// What every command shares: exit codes, what a command hands back, and how it registers itself.
 #pragma once
 
 #include <CLI/CLI.hpp>
 #include <functional>
+#include <memory>
+#include <optional>
 #include <string>
+#include <type_traits>
 #include <utility>
+#include <vector>
+
+#include "watch.h"
 
 namespace pwrmgt::pwrmgtctl {
 
@@ -43,25 +48,110 @@ inline Outcome succeed_but(Exit exit, std::string document, std::string error) {
     return {exit, std::move(document), std::move(error), Exit::failure};
 }
 
-// The parsed command leaves its work here; main runs it after parsing has succeeded.
-using Action = std::function<Outcome()>;
+// The parsed command leaves its work here; main runs it after parsing has succeeded, again and
+// again when it is to be watched.
+struct Action {
+    Action() = default;
+    template <class Work, class = std::enable_if_t<std::is_invocable_r_v<Outcome, Work>>>
+    Action(Work the_work) : work(std::move(the_work)) {}
 
-void add_history(CLI::App& app, Action& chosen);
-void add_summary(CLI::App& app, Action& chosen);
-void add_cpu(CLI::App& app, Action& chosen);
-void add_psu(CLI::App& app, Action& chosen);
-void add_redundancy(CLI::App& app, Action& chosen);
-void add_power(CLI::App& app, Action& chosen);
-void add_thermal(CLI::App& app, Action& chosen);
-void add_realtime(CLI::App& app, Action& chosen);
-void add_policy(CLI::App& app, Action& chosen);
+    Outcome operator()() const { return work(); }
+
+    std::function<Outcome()> work;
+    std::optional<Watch> watch;
+};
+
+// The options of every command.
+struct CommonOptions {
+    bool json = false;
+    bool timing = false;
+    bool one_line = false;  // JSON that is one of many documents: each a line
+};
+
+struct CommandText {
+    const char* name;
+    const char* description;
+    const char* examples;
+};
+
+// Makes a command of a family (or of the program itself) that runs `show` with its options.
+template <class Options>
+CLI::App& add_command(CLI::App& family, Action& chosen, const CommandText& text,
+                      const std::shared_ptr<Options>& options, Outcome (*show)(const Options&)) {
+    CLI::App* command = family.add_subcommand(text.name, text.description);
+    command->add_flag("--json", options->json, "One JSON document instead of text");
+    command->add_flag("--timing", options->timing, "Tell how long the query took");
+    command->footer(text.examples);
+    command->callback(
+        [&chosen, options, show] { chosen = [options, show] { return show(*options); }; });
+    return *command;
+}
+
+// The options of a view that can be watched.
+struct WatchOptions {
+    std::vector<double> seconds;  // none, also when --watch stands without a number
+    uint32_t times = 0;
+};
+
+void add_watch_options(CLI::App& command, WatchOptions& options);
+
+// Lets a command that shows what is now be watched.
+template <class Options>
+void let_watch(CLI::App& command, Action& chosen, const std::shared_ptr<Options>& options,
+               Outcome (*show)(const Options&)) {
+    const auto asked = std::make_shared<WatchOptions>();
+    add_watch_options(command, *asked);
+    command.callback([&command, &chosen, options, show, asked] {
+        const bool watched = command.count("--watch") + command.count("--watch-count") > 0;
+        options->one_line = watched;
+        chosen = [options, show] { return show(*options); };
+        if (!watched) return;
+        chosen.watch = Watch{};
+        if (!asked->seconds.empty()) chosen.watch->every_s = asked->seconds.front();
+        chosen.watch->times = asked->times;
+        chosen.watch->lines = options->json;
+    });
+}
+
+// A validator that takes these words only. Its name lists them for the completion of the shell; the
+// help has them in the option's own text.
+CLI::Validator one_of(const std::vector<std::string>& words);
+
+CLI::Validator whole_number(int64_t lowest, int64_t highest);
+
+// Takes 0 to 65534 watts, or one of these words. 65535 is no power but a marker.
+CLI::Validator watts_or(const std::vector<std::string>& words);
+
+// Takes a text of 1 to `most` bytes.
+CLI::Validator text_up_to(size_t most);
+
+// The commands, each added to its family.
+void add_power_history(CLI::App& power, Action& chosen);
+void add_power_summary(CLI::App& power, Action& chosen);
+void add_power_realtime(CLI::App& power, Action& chosen);
+void add_power_available(CLI::App& power, Action& chosen);
+void add_performance(CLI::App& performance, Action& chosen);
+void add_psu(CLI::App& psu, Action& chosen);
+void add_psu_history(CLI::App& psu, Action& chosen);
+void add_psu_summary(CLI::App& psu, Action& chosen);
+void add_cpu(CLI::App& cpu, Action& chosen);
+void add_thermal(CLI::App& thermal, Action& chosen);
+void add_capping(CLI::App& capping, Action& chosen);
+void add_capping_ranges(CLI::App& capping, Action& chosen);
+void add_gpu(CLI::App& gpu, Action& chosen);
+void add_settings(CLI::App& settings, Action& chosen);
+void add_meter(CLI::App& meter, Action& chosen);
+void add_store(CLI::App& store, Action& chosen);
+void add_redundancy(CLI::App& redundancy, Action& chosen);
+void add_policy(CLI::App& policy, Action& chosen);
+
 void add_check(CLI::App& app, Action& chosen);
 void add_metrics(CLI::App& app, Action& chosen);
 
 // A command line that `check` cannot follow: told the way a monitoring plugin tells it.
 Outcome check_mistake(const std::string& words);
 
-// Parses the command line and runs the command it names.
-Outcome run(int argc, const char* const* argv);
+// What was asked for: help, a mistake, or a command's work.
+Action parse(int argc, const char* const* argv);
 
 }  // namespace pwrmgt::pwrmgtctl

@@ -26,11 +26,10 @@ constexpr std::array<Column, 8> kColumns{{
 }};
 // clang-format on
 
-struct Options {
+struct Options : LayoutOptions {
     std::string cpu = "all";
     uint32_t rows = kMaxRows;
     bool latest = false;
-    LayoutOptions layout;
 };
 
 // 1 to 8, or none for all.
@@ -71,13 +70,14 @@ uint32_t read_all(const Options& options, std::vector<Reading>& readings) {
 
 Outcome show(const Options& options) {
     const std::optional<uint32_t> cpu = chosen_cpu(options);
-    History history{};
-    history.schema = "pwrmgtctl.cpu/1";
-    history.title = cpu ? "Power of processor " + options.cpu : "Power of each processor";
+    History history;
+    history.answer = {options.latest ? "cpu.latest/1" : "cpu.history/1", Origin::working_tables,
+                      cpu ? "Power of processor " + options.cpu : "Power of each processor",
+                      std::time(nullptr), 0};
     history.subject = {{"cpu", cpu ? Json(*cpu) : Json("all")}};
     history.columns = cpu ? std::span(kColumns).subspan(*cpu - 1, 1) : std::span(kColumns);
     history.period_s = kSlackSeconds + kSecondsPerRow * (options.latest ? 1 : options.rows);
-    history.asked_at_s = history.end_s = std::time(nullptr);
+    history.end_s = history.answer.asked_at_s;
 
     const Timed done = timed([&] {
         return cpu ? read_one(options, *cpu, history.readings)
@@ -88,48 +88,43 @@ Outcome show(const Options& options) {
         return explain(Call::cpu, done.status, "in the last " + span_text(history.period_s));
     }
     history.available = history.readings.size();
-    history.query_ms = done.query_ms;
-    return history_outcome(history, options.layout);
+    history.answer.query_ms = done.query_ms;
+    return history_outcome(history, options);
 }
 
-CLI::App& add_command(CLI::App& family, Action& chosen, const char* name, const char* description,
-                      const std::shared_ptr<Options>& options) {
-    CLI::App* command = family.add_subcommand(name, description);
-    command->add_option("N", options->cpu, "Processor number, 1 to 8, or all")
-        ->check(CLI::IsMember({"1", "2", "3", "4", "5", "6", "7", "8", "all"}).description(""))
+void add_cpu_argument(CLI::App& command, Options& options) {
+    command.add_option("N", options.cpu, "Processor number, 1 to 8, or all")
+        ->check(one_of({"1", "2", "3", "4", "5", "6", "7", "8", "all"}))
         ->type_name(" ")
         ->capture_default_str();
-    command->callback([&chosen, options] { chosen = [options] { return show(*options); }; });
-    return *command;
 }
 
 }  // namespace
 
-void add_cpu(CLI::App& app, Action& chosen) {
-    CLI::App* family = app.add_subcommand("cpu", "Power of single processors");
-    family->require_subcommand(1);
-
+void add_cpu(CLI::App& cpu, Action& chosen) {
     const auto past = std::make_shared<Options>();
-    CLI::App& history = add_command(*family, chosen, "history", "The newest rows", past);
+    CLI::App& history = add_command(cpu, chosen,
+                                    {"history", "Power of processors, the newest rows",
+                                     "Examples:\n"
+                                     "  pwrmgtctl cpu history\n"
+                                     "  pwrmgtctl cpu history 2 --rows 10 --plot"},
+                                    past, show);
+    add_cpu_argument(history, *past);
     history.add_option("--rows", past->rows, "Rows to look for, 1 to 20")
-        ->check(CLI::Range(1U, kMaxRows).description(""))
+        ->check(whole_number(1, kMaxRows))
         ->type_name("N")
         ->capture_default_str();
-    add_layout_options(history, past->layout);
-    history.footer(
-        "Examples:\n"
-        "  pwrmgtctl cpu history\n"
-        "  pwrmgtctl cpu history 2 --rows 10 --plot");
+    add_layout_options(history, *past);
 
     const auto newest = std::make_shared<Options>();
     newest->latest = true;
     CLI::App& latest =
-        add_command(*family, chosen, "latest", "The newest row of the last two minutes", newest);
-    CLI::Option* json =
-        latest.add_flag("--json", newest->layout.json, "One JSON document instead of a table");
-    latest.add_flag("--local", newest->layout.local, "Local time instead of UTC")->excludes(json);
-    latest.add_flag("--timing", newest->layout.timing, "Tell how long the query took");
-    latest.footer("Example:\n  pwrmgtctl cpu latest all --json | jq '.entries[0].cpu1.avg_w'");
+        add_command(cpu, chosen,
+                    {"latest", "Power of processors, the newest row of the last two minutes",
+                     "Example:\n  pwrmgtctl cpu latest all --json | jq '.entries[0].cpu1.avg_w'"},
+                    newest, show);
+    add_cpu_argument(latest, *newest);
+    add_local_option(latest, newest->local);
 }
 
 }  // namespace pwrmgt::pwrmgtctl

@@ -1,6 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// The command family `history`: power, one supply, and performance over a past period or in a
-// window.
+// The histories of power, of one supply and of utilisation: a past period or a window.
 #include <array>
 #include <ctime>
 #include <memory>
@@ -34,11 +33,10 @@ constexpr std::array<Column, 6> kPerformanceColumns{{
 }};
 // clang-format on
 
-struct Options {
+struct Options : LayoutOptions {
     std::string domain = "system";
     uint32_t psu = 0;
-    SpanOptions request;
-    LayoutOptions layout;
+    SpanOptions span;
 };
 
 pwrmgt_pwr_domain domain_code(const std::string& name) {
@@ -75,7 +73,7 @@ std::vector<Value> values_of(const pwrmgt_hist_perf_sample_t& entry) {
 template <class Entry, class Query, class Convert>
 Outcome show(const Options& options, Call call, const std::string& about, History history,
              const Query& query, const Convert& convert) {
-    const Resolved resolved = resolve(options.request, std::time(nullptr));
+    const Resolved resolved = resolve(options.span, std::time(nullptr));
     if (!resolved.mistake.empty()) return fail(Exit::usage, resolved.mistake);
     const Request& request = resolved.request;
     std::vector<Entry> entries(request.room());
@@ -86,25 +84,24 @@ Outcome show(const Options& options, Call call, const std::string& about, Histor
     if (done.status != 0) return explain(call, done.status, about + request.words());
     history.period_s = request.length_s;
     history.entry_s = request.entry_s;
-    history.asked_at_s = request.asked_at_s;
+    history.answer.asked_at_s = request.asked_at_s;
+    history.answer.query_ms = done.query_ms;
     history.end_s = request.end_s();
-    history.query_ms = done.query_ms;
     entries.resize(count);
-    const size_t wanted = request.window ? count : options.request.entries;
+    const size_t wanted = request.window ? count : options.span.entries;
     for (const Entry& entry : entries) {
         if (entry.timestamp == 0) break;  // the data ended before this entry began
         ++history.available;
         if (history.available > wanted) continue;
         history.readings.push_back({entry.index, entry.timestamp, convert(entry)});
     }
-    return history_outcome(history, options.layout);
+    return history_outcome(history, options);
 }
 
-History history_of(std::string_view schema, std::string title, Json subject,
+History history_of(const char* schema, std::string title, Json subject,
                    std::span<const Column> columns) {
-    History history{};
-    history.schema = schema;
-    history.title = std::move(title);
+    History history;
+    history.answer = {schema, Origin::working_tables, std::move(title), 0, 0};
     history.subject = std::move(subject);
     history.columns = columns;
     return history;
@@ -115,7 +112,7 @@ Outcome show_power(const Options& options) {
     const std::span<const Column> columns = domain == PWRMGT_DOMAIN_SYSTEM
                                                 ? std::span<const Column>(kSystemColumns)
                                                 : std::span<const Column>(kDomainColumns);
-    History history = history_of("pwrmgtctl.history.power/1", domain_title(options.domain),
+    History history = history_of("power.history/1", domain_title(options.domain),
                                  {{"domain", options.domain}}, columns);
     history.capped = domain == PWRMGT_DOMAIN_SYSTEM;
     return show<pwrmgt_hist_pwr_sample_t>(
@@ -133,9 +130,9 @@ Outcome show_power(const Options& options) {
 Outcome show_psu(const Options& options) {
     const std::string number = std::to_string(options.psu);
     return show<pwrmgt_hist_psu_sample_t>(
-        options, options.request.minutes == 0 ? Call::history_psu : Call::window_psu,
+        options, options.span.minutes == 0 ? Call::history_psu : Call::window_psu,
         "of supply " + number + ' ',
-        history_of("pwrmgtctl.history.psu/1", "Power of supply " + number, {{"psu", options.psu}},
+        history_of("psu.history/1", "Power of supply " + number, {{"psu", options.psu}},
                    kPsuColumns),
         [&](const Request& asked, pwrmgt_hist_psu_sample_t* entries, uint32_t& count) {
             if (!asked.window) {
@@ -152,8 +149,7 @@ Outcome show_psu(const Options& options) {
 Outcome show_performance(const Options& options) {
     return show<pwrmgt_hist_perf_sample_t>(
         options, Call::history_performance, "",
-        history_of("pwrmgtctl.history.performance/1", "Utilisation", Json::object(),
-                   kPerformanceColumns),
+        history_of("performance.history/1", "Utilisation", Json::object(), kPerformanceColumns),
         [](const Request& asked, pwrmgt_hist_perf_sample_t* entries, uint32_t& count) {
             if (!asked.window)
                 return pwrmgt_get_history_performance(asked.period.code, entries, count);
@@ -163,59 +159,56 @@ Outcome show_performance(const Options& options) {
         [](const pwrmgt_hist_perf_sample_t& entry) { return values_of(entry); });
 }
 
-using Show = Outcome (*)(const Options&);
-
-// The description is left out of the help: the option's own text lists the choices.
-CLI::Validator one_of(std::vector<std::string> names) {
-    return CLI::IsMember(std::move(names)).description("");
-}
-
-CLI::App& add_command(CLI::App& family, Action& chosen, const char* name, const char* description,
-                      Show run_it, std::shared_ptr<Options>& options) {
-    CLI::App* command = family.add_subcommand(name, description);
-    options = std::make_shared<Options>();
-    add_request_options(*command, options->request);
-    add_layout_options(*command, options->layout);
-    command->callback(
-        [&chosen, options, run_it] { chosen = [options, run_it] { return run_it(*options); }; });
-    return *command;
+// The command with what every history can be asked.
+std::shared_ptr<Options> add_history(CLI::App& family, Action& chosen, const CommandText& text,
+                                     Outcome (*show_it)(const Options&)) {
+    auto options = std::make_shared<Options>();
+    CLI::App& command = add_command(family, chosen, text, options, show_it);
+    add_request_options(command, options->span);
+    add_layout_options(command, *options);
+    return options;
 }
 
 }  // namespace
 
-void add_history(CLI::App& app, Action& chosen) {
-    CLI::App* family = app.add_subcommand("history", "Readings of a past period or window");
-    family->require_subcommand(1);
-    std::shared_ptr<Options> options;
-
-    CLI::App& power =
-        add_command(*family, chosen, "power", "Power of the system, the processors or the memory",
-                    show_power, options);
-    power
-        .add_option("--domain", options->domain, "What to show: system (DC and AC), cpu or memory")
+void add_power_history(CLI::App& power, Action& chosen) {
+    const auto options = add_history(
+        power, chosen,
+        {"history", "Power of a past period or window",
+         "Examples:\n"
+         "  pwrmgtctl power history --period 24h\n"
+         "  pwrmgtctl power history --domain cpu --period 6h --plot\n"
+         "  pwrmgtctl power history --period 24h --svg day.svg\n"
+         "  pwrmgtctl power history --end 2026-11-20T20:25:00Z --minutes 90 --samples-per-entry 6\n"
+         "  pwrmgtctl power history --period 24h --csv >day.csv\n"
+         "  pwrmgtctl power history --period 24h --json | jq '.entries[0].dc.avg_w'"},
+        show_power);
+    power.get_subcommand("history")
+        ->add_option("--domain", options->domain, "What to show: system (DC and AC), cpu or memory")
         ->check(one_of({"system", "cpu", "memory"}))
         ->type_name("DOMAIN")
         ->capture_default_str();
-    power.footer(
-        "Examples:\n"
-        "  pwrmgtctl history power --period 24h\n"
-        "  pwrmgtctl history power --domain cpu --period 6h --plot\n"
-        "  pwrmgtctl history power --period 24h --svg day.svg\n"
-        "  pwrmgtctl history power --end 2026-11-20T20:25:00Z --minutes 90 --samples-per-entry 6\n"
-        "  pwrmgtctl history power --period 24h --json | jq '.entries[0].dc.avg_w'");
+}
 
-    CLI::App& psu = add_command(*family, chosen, "psu", "Input and output power of one supply",
-                                show_psu, options);
-    psu.add_option("N", options->psu, "Bay number, 1 to 12")
+void add_psu_history(CLI::App& psu, Action& chosen) {
+    const auto options = add_history(psu, chosen,
+                                     {"history", "Input and output power of one supply",
+                                      "Examples:\n"
+                                      "  pwrmgtctl psu history 2 --period 24h --entries 10\n"
+                                      "  pwrmgtctl psu history 1 --minutes 30 --csv"},
+                                     show_psu);
+    psu.get_subcommand("history")
+        ->add_option("N", options->psu, "Bay number, 1 to 12")
         ->required()
-        ->check(CLI::Range(1U, uint32_t{PWRMGT_MAX_PSU}).description(""))
+        ->check(whole_number(1, PWRMGT_MAX_PSU))
         ->type_name(" ");
-    psu.footer("Example:\n  pwrmgtctl history psu 2 --period 24h --entries 10");
+}
 
-    CLI::App& performance =
-        add_command(*family, chosen, "performance",
-                    "Utilisation of system, processors, memory and I/O", show_performance, options);
-    performance.footer("Example:\n  pwrmgtctl history performance --period 12h --oldest-first");
+void add_performance(CLI::App& performance, Action& chosen) {
+    add_history(performance, chosen,
+                {"history", "Utilisation of system, processors, memory and I/O",
+                 "Example:\n  pwrmgtctl performance history --period 12h --oldest-first"},
+                show_performance);
 }
 
 }  // namespace pwrmgt::pwrmgtctl

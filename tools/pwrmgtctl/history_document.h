@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// A history of any kind as a table or a JSON document.
+// A history of any kind as a table, a JSON document or CSV.
 #pragma once
 
 #include <cstdint>
@@ -8,6 +8,7 @@
 #include <string_view>
 #include <vector>
 
+#include "answer.h"
 #include "print.h"
 
 namespace pwrmgt::pwrmgtctl {
@@ -16,7 +17,7 @@ namespace pwrmgt::pwrmgtctl {
 // JSON.
 struct Column {
     std::string_view heading;
-    std::string_view group;  // empty: the key stands in the entry itself
+    std::string_view group;
     std::string_view key;
 };
 
@@ -27,33 +28,35 @@ struct Reading {
 };
 
 struct History {
-    std::string_view schema;
-    std::string title;
-    Json subject;  // what it tells of: {"domain": "system"}, {"psu": 3}, {}
+    Answer answer;
+    Json subject = Json::object();  // what it tells of: {"domain": "system"}, {"psu": 3}, {}
     std::span<const Column> columns;
-    bool capped;  // power that the power cap holds down
+    bool capped = false;  // power that the power cap holds down
     // Newest first; entries after the end of the data are not among them.
     std::vector<Reading> readings;
-    size_t available;  // how many there were before only the newest were kept
-    uint32_t period_s;
-    uint32_t entry_s;  // 0: rows as they were stored
-    int64_t asked_at_s;
-    int64_t end_s;  // of the period: another time than asked_at_s in a window
-    double query_ms;
+    size_t available = 0;  // how many there were before only the newest were kept
+    uint32_t period_s = 0;
+    uint32_t entry_s = 0;  // 0: rows as they were stored
+    int64_t end_s = 0;     // of the period: another time than that of asking in a window
 };
 
 enum class Order { newest_first, oldest_first };
-enum class Timing { off, on };
 
 struct Layout {
     Zone zone;
     Order order;
-    Timing timing;
 };
 
-// The line on top: what it tells of, and in which order.
-std::string history_headline(const History& history, const Layout& layout, std::string_view order);
-std::string history_table(const History& history, const Layout& layout);
-std::string history_json(const History& history, const Layout& layout);
+// How old the newest entry with a reading is; none when no entry has one.
+std::optional<Age> age_of(const History& history);
+
+std::string history_table(const History& history, const Layout& layout,
+                          const CommonOptions& options);
+std::string history_json(const History& history, const Layout& layout,
+                         const CommonOptions& options);
+std::string history_csv(const History& history, const Layout& layout);
+
+// The line on top of a picture.
+std::string history_headline(const History& history, Zone zone);
 
 }  // namespace pwrmgt::pwrmgtctl

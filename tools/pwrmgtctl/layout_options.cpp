@@ -5,28 +5,42 @@
 
 namespace pwrmgt::pwrmgtctl {
 
+void add_csv_option(CLI::App& command, bool& csv) {
+    CLI::Option* option =
+        command.add_flag("--csv", csv, "Comma-separated values, a line per entry");
+    for (const char* other : {"--json", "--local", "--timing"}) {
+        if (CLI::Option* had = command.get_option_no_throw(other)) option->excludes(had);
+    }
+}
+
+void add_local_option(CLI::App& command, bool& local) {
+    command.add_flag("--local", local, "Local time instead of UTC")
+        ->excludes(command.get_option("--json"));
+}
+
 void add_layout_options(CLI::App& command, LayoutOptions& options) {
-    CLI::Option* json =
-        command.add_flag("--json", options.json, "One JSON document instead of a table");
-    CLI::Option* local =
-        command.add_flag("--local", options.local, "Local time instead of UTC")->excludes(json);
+    CLI::Option* json = command.get_option("--json");
+    add_local_option(command, options.local);
     CLI::Option* oldest =
         command.add_flag("--oldest-first", options.oldest_first, "Oldest entry on top");
-    command.add_flag("--timing", options.timing, "Tell how long the query took");
-    add_plot_options(command, options.plot, {json, local, oldest});
+    add_csv_option(command, options.csv);
+    add_plot_options(command, options.plot,
+                     {json, command.get_option("--csv"), command.get_option("--local"), oldest});
 }
 
 Outcome history_outcome(const History& history, const LayoutOptions& options) {
     const Layout layout{options.local ? Zone::local : Zone::utc,
-                        options.oldest_first ? Order::oldest_first : Order::newest_first,
-                        options.timing ? Timing::on : Timing::off};
+                        options.oldest_first ? Order::oldest_first : Order::newest_first};
     if (options.plot.wanted()) {
         const Value cap_w = history.capped ? cap_in_force() : Value{};
+        const std::string closing =
+            options.timing ? timing_text(history.answer.query_ms) : std::string();
         return plot_outcome(plot_of(history, cap_w), options.plot,
-                            {history_headline(history, layout, "oldest on the left"),
-                             options.timing ? timing_text(history.query_ms) : std::string()});
+                            {history_headline(history, layout.zone), closing});
     }
-    return succeed(options.json ? history_json(history, layout) : history_table(history, layout));
+    if (options.json) return succeed(history_json(history, layout, options));
+    return succeed(options.csv ? history_csv(history, layout)
+                               : history_table(history, layout, options));
 }
 
 }  // namespace pwrmgt::pwrmgtctl

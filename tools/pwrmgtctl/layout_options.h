@@ -11,17 +11,22 @@
 
 namespace pwrmgt::pwrmgtctl {
 
-struct LayoutOptions {
-    bool json = false;
+struct LayoutOptions : CommonOptions {
+    bool csv = false;
     bool local = false;
     bool oldest_first = false;
-    bool timing = false;
     PlotOptions plot;
 };
 
 void add_layout_options(CLI::App& command, LayoutOptions& options);
 
-// The history as table, JSON document or pictures, whichever was chosen.
+// --csv, in place of the other forms that the command has.
+void add_csv_option(CLI::App& command, bool& csv);
+
+// --local, of text only.
+void add_local_option(CLI::App& command, bool& local);
+
+// The history as table, JSON document, CSV or pictures, whichever was chosen.
 Outcome history_outcome(const History& history, const LayoutOptions& options);
 
 }  // namespace pwrmgt::pwrmgtctl

@@ -127,7 +127,7 @@ void tell_supplies(const pwrmgt_psus_property_t& psus, MetricsText& text) {
 }
 
 void tell_policy(const pwrmgt_power_policy_t& policy, MetricsText& text) {
-    text.add(kMode, {}, mode(policy.redun_mode));
+    text.add(kMode, {}, redundancy_mode(policy.redun_mode));
     text.add(kCapping, {}, policy.cap_enable == 1 ? 1U : 0U);
     text.add(kCap, {}, watts(policy.cap_value));
     text.add(kCapLimit, {{"side", "ac"}, {"limit", "soft"}}, watts(policy.cap_soft_ac));

@@ -52,6 +52,12 @@ inline Value mode(uint8_t stored) {
     return percent(stored);
 }
 
+// 15 is what the policy of a blade starts with: no mode.
+inline Value redundancy_mode(uint32_t stored) {
+    constexpr uint32_t kNoMode = 15;
+    return stored == kNoMode || stored >= PWRMGT_NO_PERCENT ? Value{} : Value{stored};
+}
+
 // The second group's mean: the library tests only the first group of a slot for "no reading", so a
 // slot with DC and without AC counts 65535 W into the AC mean. The maximum tells: then there is no
 // true mean to show.

@@ -69,7 +69,7 @@ bool has_reading(const PlotSeries& series) {
 
 Plot plot_of(const History& history, Value cap_w) {
     Plot plot{};
-    plot.title = history.title + ", " + span_text(history.period_s) +
+    plot.title = history.answer.title + ", " + span_text(history.period_s) +
                  (history.entry_s == 0 ? "" : ", entries of " + span_text(history.entry_s));
     plot.unit = history.columns.front().key.ends_with("_pct") ? PlotUnit::percent : PlotUnit::watts;
     plot.start_s = history.end_s - history.period_s;

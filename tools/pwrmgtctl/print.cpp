@@ -77,10 +77,12 @@ std::string span_text(uint32_t span_s) {
     return std::to_string(span_s) + " s";
 }
 
-std::string json_text(const Json& document) {
+std::string json_text(const Json& document, JsonForm form) {
     // A path of the environment may be no UTF-8; its odd bytes are replaced rather than the
     // document lost.
-    return document.dump(2, ' ', false, Json::error_handler_t::replace) + '\n';
+    return document.dump(form == JsonForm::indented ? 2 : -1, ' ', false,
+                         Json::error_handler_t::replace) +
+           '\n';
 }
 
 std::string timing_text(double query_ms) {

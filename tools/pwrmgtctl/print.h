@@ -46,8 +46,9 @@ std::string time_header(Zone zone);
 // A span in its largest whole unit: "30 s", "12 min", "24 h".
 std::string span_text(uint32_t span_s);
 
-// A document as it is written: indented by two, a newline at its end.
-std::string json_text(const Json& document);
+// A document as it is written: indented by two, or all of it a line; a newline at its end.
+enum class JsonForm { indented, line };
+std::string json_text(const Json& document, JsonForm form);
 
 // The line at the end that --timing asks for.
 std::string timing_text(double query_ms);

@@ -1,12 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
-// The command family `psu`: the supply bays, and the input voltage of one supply.
+// The commands `psu list` and `psu voltage`: the supply bays, and the input voltage of one supply.
 #include <array>
+#include <ctime>
 #include <memory>
 
-#include "command.h"
-#include "database.h"
+#include "answer.h"
 #include "missing.h"
-#include "print.h"
 #include "status_text.h"
 #include "timed.h"
 #include "vekdb_pwrmgt.h"
@@ -17,10 +16,8 @@ namespace {
 constexpr uint32_t kNoneUsable = 17;  // the bays are told all the same
 constexpr uint32_t kBayEmpty = 3;
 
-struct Options {
+struct Options : CommonOptions {
     int32_t bay = 0;
-    bool json = false;
-    bool timing = false;
 };
 
 struct Bay {
@@ -61,7 +58,7 @@ Bay bay_of(const pwrmgt_psus_property_t& psus, uint32_t index) {
     return bay;
 }
 
-std::string text_of(const pwrmgt_psus_property_t& psus, uint32_t status) {
+std::string table_of(const pwrmgt_psus_property_t& psus) {
     Table table(
         {"Bay", "Supply", "Input", "Health", "Voltage class", "Input label W", "Output label W"});
     for (uint32_t index = 0; index < PWRMGT_MAX_PSU; ++index) {
@@ -70,10 +67,7 @@ std::string text_of(const pwrmgt_psus_property_t& psus, uint32_t status) {
                    bay.health.value_or("-"), cell(bay.voltage_class), cell(bay.input_label_w),
                    cell(bay.output_label_w)});
     }
-    return "Supplies: " + std::to_string(psus.psu_count) + " bays, " +
-           std::to_string(psus.present_count) + " present, " + std::to_string(psus.healthy_count) +
-           " healthy; database " + working_database() + '\n' + table.text() +
-           (status == kNoneUsable ? "No supply is present, or none is healthy (status 17).\n" : "");
+    return table.text();
 }
 
 Json word_json(const std::optional<std::string>& word) {
@@ -82,8 +76,7 @@ Json word_json(const std::optional<std::string>& word) {
 
 Json json_of(const pwrmgt_psus_property_t& psus) {
     Json document;
-    document["schema"] = "pwrmgtctl.psu.list/1";
-    document["database"] = working_database();
+    add_age(document, std::nullopt);  // the table keeps no time
     document["bays"] = psus.psu_count;
     document["present"] = psus.present_count;
     document["healthy"] = psus.healthy_count;
@@ -101,19 +94,19 @@ Json json_of(const pwrmgt_psus_property_t& psus) {
     return document;
 }
 
-Outcome finish(const Options& options, std::string text, Json document, double query_ms) {
-    if (options.json) {
-        if (options.timing) document["query_ms"] = rounded_ms(query_ms);
-        return succeed(json_text(document));
-    }
-    return succeed(options.timing ? text + timing_text(query_ms) : text);
-}
-
 Outcome show_list(const Options& options) {
     pwrmgt_psus_property_t psus{};
+    const int64_t asked_at_s = std::time(nullptr);
     const Timed done = timed([&] { return pwrmgt_get_psus_property(&psus); });
     if (done.status != 0 && done.status != kNoneUsable) return explain(Call::psus, done.status, "");
-    return finish(options, text_of(psus, done.status), json_of(psus), done.query_ms);
+    const std::string title = "Supplies: " + std::to_string(psus.psu_count) + " bays, " +
+                              std::to_string(psus.present_count) + " present, " +
+                              std::to_string(psus.healthy_count) + " healthy; age not recorded";
+    const std::string none =
+        done.status == kNoneUsable ? "No supply is present, or none is healthy (status 17).\n" : "";
+    return succeed(
+        answer_document({"psu.list/1", Origin::working_tables, title, asked_at_s, done.query_ms},
+                        options, table_of(psus) + none, json_of(psus)));
 }
 
 // An empty bay and a failed query share a number; whether the bays can be read tells them apart.
@@ -126,58 +119,51 @@ Outcome explain_voltage(const Options& options, uint32_t status) {
 }
 
 Outcome show_voltage(const Options& options) {
+    const int64_t asked_at_s = std::time(nullptr);
     uint32_t type = PWRMGT_PSU_UNKNOWN;
     uint16_t low = 0;
     uint16_t high = 0;
     const Timed done =
         timed([&] { return pwrmgt_get_psu_voltage_range(options.bay, &type, &low, &high); });
     if (done.status != 0) return explain_voltage(options, done.status);
-    const std::string kind = type == 0 ? "AC" : "class 16";
     Table table({"Input voltage", "Value"});
-    table.add({"Kind", kind});
+    table.add({"Kind", type == 0 ? "AC" : "class 16"});
     table.add({"Lowest, V", std::to_string(low)});
     table.add({"Highest, V", std::to_string(high)});
-    Json document;
-    document["schema"] = "pwrmgtctl.psu.voltage/1";
-    document["psu"] = options.bay;
-    document["database"] = working_database();
-    document["kind"] = type == 0 ? "ac" : "class_16";
-    document["low_v"] = low;
-    document["high_v"] = high;
-    return finish(options,
-                  "Input voltage of supply " + std::to_string(options.bay) + "; database " +
-                      working_database() + '\n' + table.text(),
-                  document, done.query_ms);
-}
-
-using Show = Outcome (*)(const Options&);
-
-CLI::App& add_command(CLI::App& family, Action& chosen, const char* name, const char* description,
-                      Show run_it, const std::shared_ptr<Options>& options) {
-    CLI::App* command = family.add_subcommand(name, description);
-    command->add_flag("--json", options->json, "One JSON document instead of a table");
-    command->add_flag("--timing", options->timing, "Tell how long the query took");
-    command->callback(
-        [&chosen, options, run_it] { chosen = [options, run_it] { return run_it(*options); }; });
-    return *command;
+    Json body;
+    body["psu"] = options.bay;
+    add_age(body, std::nullopt);
+    body["kind"] = type == 0 ? "ac" : "class_16";
+    body["low_v"] = low;
+    body["high_v"] = high;
+    return succeed(answer_document(
+        {"psu.voltage/1", Origin::working_tables,
+         "Input voltage of supply " + std::to_string(options.bay) + "; age not recorded",
+         asked_at_s, done.query_ms},
+        options, table.text(), body));
 }
 
 }  // namespace
 
-void add_psu(CLI::App& app, Action& chosen) {
-    CLI::App* family = app.add_subcommand("psu", "The supply bays");
-    family->require_subcommand(1);
-    add_command(*family, chosen, "list", "All twelve bays", show_list, std::make_shared<Options>())
-        .footer(
-            "Example:\n  pwrmgtctl psu list --json | jq '.psus[] | select(.state == \"present\")'");
+void add_psu(CLI::App& psu, Action& chosen) {
     const auto options = std::make_shared<Options>();
-    CLI::App& voltage = add_command(*family, chosen, "voltage", "Input voltage of one supply",
-                                    show_voltage, options);
-    voltage.add_option("N", options->bay, "Bay number, 1 to 12")
+    CLI::App& list =
+        add_command(psu, chosen,
+                    {"list", "All twelve bays",
+                     "Examples:\n"
+                     "  pwrmgtctl psu list --watch\n"
+                     "  pwrmgtctl psu list --json | jq '.psus[] | select(.state == \"present\")'"},
+                    options, show_list);
+    let_watch(list, chosen, options, show_list);
+
+    const auto one = std::make_shared<Options>();
+    add_command(psu, chosen,
+                {"voltage", "Input voltage of one supply", "Example:\n  pwrmgtctl psu voltage 1"},
+                one, show_voltage)
+        .add_option("N", one->bay, "Bay number, 1 to 12")
         ->required()
-        ->check(CLI::Range(1, int32_t{PWRMGT_MAX_PSU}).description(""))
+        ->check(whole_number(1, PWRMGT_MAX_PSU))
         ->type_name(" ");
-    voltage.footer("Example:\n  pwrmgtctl psu voltage 1");
 }
 
 }  // namespace pwrmgt::pwrmgtctl

@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <array>
 
+#include "command.h"
 #include "time_argument.h"
 #include "vekdb_pwrmgt.h"
 
@@ -28,17 +29,17 @@ const Period& period_named(std::string_view name) {
 void add_span_options(CLI::App& command, SpanOptions& options, const SpanWording& wording) {
     CLI::Option* period =
         command.add_option("--period", options.period, "How far back: 1h, 6h, 12h or 24h")
-            ->check(CLI::IsMember({"1h", "6h", "12h", "24h"}).description(""))
+            ->check(one_of({"1h", "6h", "12h", "24h"}))
             ->type_name("PERIOD")
             ->capture_default_str();
     CLI::Option* entries = command.add_option("--entries", options.entries, wording.entries_help)
-                               ->check(CLI::Range(1U, wording.most_entries).description(""))
+                               ->check(whole_number(1, wording.most_entries))
                                ->type_name("N")
                                ->capture_default_str();
     CLI::Option* minutes = command
                                .add_option("--minutes", options.minutes,
                                            "A window of N minutes, 1 to 1440, instead of a period")
-                               ->check(CLI::Range(1, kMaxMinutes).description(""))
+                               ->check(whole_number(1, kMaxMinutes))
                                ->type_name("N")
                                ->excludes(period)
                                ->excludes(entries);
@@ -48,7 +49,7 @@ void add_span_options(CLI::App& command, SpanOptions& options, const SpanWording
         ->capture_default_str()
         ->needs(minutes);
     command.add_option(wording.per_entry_name, options.per_entry, wording.per_entry_help)
-        ->check(CLI::Range(1, wording.most_per_entry).description(""))
+        ->check(whole_number(1, wording.most_per_entry))
         ->type_name("N")
         ->capture_default_str()
         ->needs(minutes);

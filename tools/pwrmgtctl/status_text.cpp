@@ -61,11 +61,30 @@ constexpr std::array kCauses{
     Cause{Call::realtime_stored,     8,  Exit::no_data,     "no real-time reading is stored"},
     Cause{Call::realtime_stored,     10, Exit::unsupported, kUnsupported},
     Cause{Call::realtime_stored,     31, Exit::failure,     "the table of the real-time reading holds several rows"},
-    Cause{Call::realtime_live,       10, Exit::unsupported, kUnsupported},
-    Cause{Call::realtime_live,       31, Exit::failure,     "the exchange with the firmware failed"},
+    Cause{Call::firmware,            10, Exit::unsupported, kUnsupported},
+    Cause{Call::firmware,            31, Exit::failure,     "the firmware did not answer for {}, refused, or answered another length"},
+    Cause{Call::capping_get,         10, Exit::unsupported, kUnsupported},
+    Cause{Call::capping_get,         14, Exit::failure,     "the firmware says that it has no valid cap"},
+    Cause{Call::capping_get,         31, Exit::failure,     "the firmware did not answer for the cap, refused, or answered another length"},
+    Cause{Call::capping_set,         10, Exit::unsupported, kUnsupported},
+    Cause{Call::capping_set,         14, Exit::failure,     "the firmware does not take this cap: {}"},
+    Cause{Call::capping_set,         15, Exit::out_of_range, "a cap of 0 W cannot be on"},
+    Cause{Call::capping_set,         31, Exit::failure,     "the firmware did not answer for the cap, refused, or answered another length; whether it took it is not known"},
+    Cause{Call::setting,             2,  Exit::failure,     kNotOpened},
+    Cause{Call::setting,             3,  Exit::failure,     kQuery},
+    Cause{Call::setting,             5,  Exit::failure,     "the policy row could not be updated"},
+    Cause{Call::setting,             7,  Exit::failure,     kMemory},
+    Cause{Call::setting,             8,  Exit::no_data,     kNoPolicy},
+    Cause{Call::setting,             10, Exit::unsupported, kUnsupported},
+    Cause{Call::store,               31, Exit::failure,     "the firmware did not answer for {}, refused, or has no such file"},
     Cause{Call::policy,              2,  Exit::failure,     kNotOpened},
     Cause{Call::policy,              3,  Exit::failure,     kQuery},
     Cause{Call::policy,              8,  Exit::no_data,     kNoPolicy},
+    Cause{Call::policy_set,          2,  Exit::failure,     kNotOpened},
+    Cause{Call::policy_set,          3,  Exit::failure,     kQuery},
+    Cause{Call::policy_set,          5,  Exit::failure,     "the policy row could not be updated"},
+    Cause{Call::policy_set,          7,  Exit::failure,     kMemory},
+    Cause{Call::policy_set,          31, Exit::failure,     "the policy table holds several rows"},
     Cause{Call::psus, 2, Exit::failure, kNotOpened},
     Cause{Call::psus, 3, Exit::failure, kQuery},
     Cause{Call::psus, 8, Exit::no_data, "no supply bay or no power policy is stored"},
@@ -117,11 +136,23 @@ bool clock_failed(Call call, uint32_t status) {
     return call == Call::history_performance && status == 31 && std::time(nullptr) <= 0;
 }
 
+// Numbers that are no status but another's result, handed on.
+std::string handed_on(Call call, uint32_t status) {
+    if (call == Call::zero_output) return "the request did not reach the firmware";
+    if (call != Call::cpu_caps) return {};
+    if (status == 31) return "the firmware answered for the processors' caps with another length";
+    return "the request for the processors' caps did not reach the firmware, or it refused with "
+           "this completion code";
+}
+
 }  // namespace
 
 Outcome explain(Call call, uint32_t status, std::string_view about) {
     const std::string number = " (status " + std::to_string(status) + ")";
     if (clock_failed(call, status)) return fail(Exit::failure, std::string(kClock) + number);
+    if (const std::string words = handed_on(call, status); !words.empty()) {
+        return fail(Exit::failure, words + number);
+    }
     const auto* cause = std::find_if(kCauses.begin(), kCauses.end(), [&](const Cause& row) {
         return row.call == call && row.status == status;
     });

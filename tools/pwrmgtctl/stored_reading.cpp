@@ -2,31 +2,15 @@
 // Reads through the database client what no function of the library hands out.
 #include "stored_reading.h"
 
-#include "vekdb_client.h"
+#include "client_handles.h"
 #include "vekdb_pwrmgt.h"
 
 namespace pwrmgt::pwrmgtctl {
 namespace {
 
-constexpr int kRowReady = 9;
-
 constexpr std::array<const char*, place::count + 1> kColumns{"Timestamp", "SysPwrAc", "SysPwrDc",
                                                              "CpuPwrDc",  "MemPwrDc", "SysPctg",
                                                              "CpuPctg",   "MemPctg",  "IOPctg"};
-
-// A connection and a result of the database client, handed back in this order's reverse.
-struct Handles {
-    uint32_t connection = 0;
-    uint32_t result = 0;
-
-    Handles() = default;
-    Handles(const Handles&) = delete;
-    Handles& operator=(const Handles&) = delete;
-    ~Handles() {
-        if (result != 0) vek_db_free_result(result);
-        if (connection != 0) vek_db_close(connection);
-    }
-};
 
 uint32_t read_row(uint32_t result, StoredReading& reading) {
     StoredReading read;
@@ -48,7 +32,7 @@ uint32_t read_row(uint32_t result, StoredReading& reading) {
 
 uint32_t read_stored_reading(StoredReading& reading) {
     if (pwrmgt_unsupport_check("pwrmgt_get_realtime_powers") != 0) return 10;
-    Handles handles;
+    ClientHandles handles;
     handles.connection = pwrmgt_get_db_handle();
     if (handles.connection == 0) return 2;
     const int failed =
@@ -63,7 +47,7 @@ uint32_t read_stored_reading(StoredReading& reading) {
 }
 
 std::optional<int64_t> newest_temperature_s() {
-    Handles handles;
+    ClientHandles handles;
     handles.connection = pwrmgt_get_db_handle();
     if (handles.connection == 0) return std::nullopt;
     const std::array<const char*, 1> columns{"Timestamp"};

@@ -1,12 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
-// The command `summary`: the last minutes of a power history as one entry.
+// The commands `power summary` and `psu summary`: the last minutes of a power history as one entry.
 #include <ctime>
-#include <memory>
 
-#include "command.h"
-#include "database.h"
+#include "answer.h"
 #include "fields.h"
-#include "missing.h"
+#include "layout_options.h"
 #include "span_options.h"
 #include "status_text.h"
 #include "timed.h"
@@ -15,32 +13,23 @@
 namespace pwrmgt::pwrmgtctl {
 namespace {
 
-struct Options {
+struct Options : CommonOptions {
     std::string domain = "system";
-    uint32_t psu = 0;
+    uint32_t psu = 0;  // 0: the domain counts
     int32_t minutes = 0;
-    bool json = false;
     bool local = false;
-    bool timing = false;
 };
 
-struct Summary {
-    std::vector<Field> fields;
-    int64_t asked_at_s;
-    double query_ms;
-};
-
-pwrmgt_pwr_domain domain_code(const std::string& name) {
-    if (name == "cpu") return PWRMGT_DOMAIN_CPU;
-    if (name == "memory") return PWRMGT_DOMAIN_MEMORY;
-    return name == "psu" ? PWRMGT_DOMAIN_PSU : PWRMGT_DOMAIN_SYSTEM;
+pwrmgt_pwr_domain domain_of(const Options& options) {
+    if (options.psu != 0) return PWRMGT_DOMAIN_PSU;
+    if (options.domain == "cpu") return PWRMGT_DOMAIN_CPU;
+    return options.domain == "memory" ? PWRMGT_DOMAIN_MEMORY : PWRMGT_DOMAIN_SYSTEM;
 }
 
-std::string title(const Options& options) {
+std::string title_of(const Options& options) {
+    if (options.psu != 0) return "Power of supply " + std::to_string(options.psu);
     if (options.domain == "cpu") return "Processor power";
-    if (options.domain == "memory") return "Memory power";
-    if (options.domain == "psu") return "Power of supply " + std::to_string(options.psu);
-    return "System power";
+    return options.domain == "memory" ? "Memory power" : "System power";
 }
 
 std::vector<Field> fields_of(const pwrmgt_hist_pwr_sample_t& entry, pwrmgt_pwr_domain domain) {
@@ -63,88 +52,94 @@ uint32_t true_up_to_w(const Options& options) {
     return 65535U / (2U * static_cast<uint32_t>(options.minutes) + 1U);
 }
 
-uint32_t period_s(const Options& options) {
-    return static_cast<uint32_t>(options.minutes) * 60;
+// Of a supply the library hands back no time.
+std::optional<Age> age_of_summary(const pwrmgt_hist_pwr_sample_t& entry, int64_t asked_at_s) {
+    if (entry.timestamp == 0) return std::nullopt;
+    return age_of(int64_t{entry.timestamp} + PWRMGT_SLOT_SECONDS, asked_at_s, asked_at_s);
 }
 
-std::string text_document(const Summary& summary, const Options& options) {
-    std::string text = title(options) + ", last " + span_text(period_s(options)) + " up to " +
-                       time_text(summary.asked_at_s, options.local ? Zone::local : Zone::utc) +
-                       "; database " + working_database() + '\n' +
-                       fields_table("Reading", summary.fields);
-    if (options.domain == "psu") {
+std::string document_of(const Options& options, Answer answer,
+                        const pwrmgt_hist_pwr_sample_t& entry) {
+    const std::vector<Field> fields = fields_of(entry, domain_of(options));
+    const std::optional<Age> age = age_of_summary(entry, answer.asked_at_s);
+    const uint32_t period_s = static_cast<uint32_t>(options.minutes) * 60;
+    answer.title += ", last " + span_text(period_s) + " up to " +
+                    time_text(answer.asked_at_s, options.local ? Zone::local : Zone::utc) +
+                    (age ? "; newest reading " + age_words(*age) : "; age not told");
+    std::string text = fields_table("Reading", fields);
+    Json body;
+    if (options.psu != 0) {
         text += "Summed in 16 bits: right while the mean is at most " +
                 std::to_string(true_up_to_w(options)) + " W.\n";
+        body["psu"] = options.psu;
+        body["right_up_to_w"] = true_up_to_w(options);
+    } else {
+        body["domain"] = options.domain;
     }
-    return options.timing ? text + timing_text(summary.query_ms) : text;
-}
-
-std::string json_document(const Summary& summary, const Options& options) {
-    Json document;
-    document["schema"] = "pwrmgtctl.summary/1";
-    document["domain"] = options.domain;
-    if (options.domain == "psu") {
-        document["psu"] = options.psu;
-        document["right_up_to_w"] = true_up_to_w(options);
-    }
-    document["period_s"] = period_s(options);
-    document["asked_at_s"] = summary.asked_at_s;
-    document["asked_at_utc"] = time_text(summary.asked_at_s, Zone::utc);
-    document["database"] = working_database();
-    if (options.timing) document["query_ms"] = rounded_ms(summary.query_ms);
-    add_fields(document, summary.fields);
-    return json_text(document);
+    body["period_s"] = period_s;
+    add_age(body, age);
+    add_fields(body, fields);
+    return answer_document(answer, options, text, body);
 }
 
 Outcome show(const Options& options) {
-    const bool one_supply = options.domain == "psu";
-    if (one_supply && options.psu == 0) return fail(Exit::usage, "--domain psu requires --psu N");
-    if (!one_supply && options.psu != 0) return fail(Exit::usage, "--psu requires --domain psu");
-    const pwrmgt_pwr_domain domain = domain_code(options.domain);
-    const int64_t asked_at_s = std::time(nullptr);
+    const bool one_supply = options.psu != 0;
+    Answer answer{one_supply ? "psu.summary/1" : "power.summary/1", Origin::working_tables,
+                  title_of(options), std::time(nullptr), 0};
     pwrmgt_hist_pwr_sample_t entry{};
 
     const Timed done = timed([&] {
-        return pwrmgt_get_duration_summary_power(domain, options.minutes, &entry,
+        return pwrmgt_get_duration_summary_power(domain_of(options), options.minutes, &entry,
                                                  psu_id_t{options.psu});
     });
 
     if (done.status != 0) {
         const std::string about =
             one_supply ? "of supply " + std::to_string(options.psu) + ' ' : std::string();
-        return explain(Call::summary, done.status,
-                       about + "in the last " + span_text(period_s(options)));
+        const auto period_s = static_cast<uint32_t>(options.minutes) * 60;
+        return explain(Call::summary, done.status, about + "in the last " + span_text(period_s));
     }
-    const Summary summary{fields_of(entry, domain), asked_at_s, done.query_ms};
-    return succeed(options.json ? json_document(summary, options)
-                                : text_document(summary, options));
+    answer.query_ms = done.query_ms;
+    return succeed(document_of(options, answer, entry));
+}
+
+CLI::App& add_summary(CLI::App& family, Action& chosen, const CommandText& text,
+                      const std::shared_ptr<Options>& options) {
+    CLI::App& command = add_command(family, chosen, text, options, show);
+    command.add_option("--minutes", options->minutes, "How far back, 1 to 1440")
+        ->check(whole_number(1, kMaxMinutes))
+        ->type_name("N")
+        ->required();
+    add_local_option(command, options->local);
+    return command;
 }
 
 }  // namespace
 
-void add_summary(CLI::App& app, Action& chosen) {
-    CLI::App* command = app.add_subcommand("summary", "Power over the last minutes as one entry");
+void add_power_summary(CLI::App& power, Action& chosen) {
     const auto options = std::make_shared<Options>();
-    command->add_option("--domain", options->domain, "What to show: system, cpu, memory or psu")
-        ->check(CLI::IsMember({"system", "cpu", "memory", "psu"}).description(""))
+    add_summary(power, chosen,
+                {"summary", "Power over the last minutes as one entry",
+                 "Examples:\n"
+                 "  pwrmgtctl power summary --minutes 60\n"
+                 "  pwrmgtctl power summary --domain cpu --minutes 15 --json"},
+                options)
+        .add_option("--domain", options->domain, "What to show: system, cpu or memory")
+        ->check(one_of({"system", "cpu", "memory"}))
         ->type_name("DOMAIN")
         ->capture_default_str();
-    command->add_option("--psu", options->psu, "Bay number, 1 to 12, with --domain psu")
-        ->check(CLI::Range(1U, uint32_t{PWRMGT_MAX_PSU}).description(""))
-        ->type_name("N");
-    command->add_option("--minutes", options->minutes, "How far back, 1 to 1440")
-        ->check(CLI::Range(1, kMaxMinutes).description(""))
-        ->type_name("N")
-        ->required();
-    CLI::Option* json =
-        command->add_flag("--json", options->json, "One JSON document instead of a table");
-    command->add_flag("--local", options->local, "Local time instead of UTC")->excludes(json);
-    command->add_flag("--timing", options->timing, "Tell how long the query took");
-    command->footer(
-        "Examples:\n"
-        "  pwrmgtctl summary --minutes 60\n"
-        "  pwrmgtctl summary --domain psu --psu 2 --minutes 15 --json");
-    command->callback([&chosen, options] { chosen = [options] { return show(*options); }; });
+}
+
+void add_psu_summary(CLI::App& psu, Action& chosen) {
+    const auto options = std::make_shared<Options>();
+    add_summary(psu, chosen,
+                {"summary", "Power of one supply over the last minutes as one entry",
+                 "Example:\n  pwrmgtctl psu summary 2 --minutes 15"},
+                options)
+        .add_option("N", options->psu, "Bay number, 1 to 12")
+        ->required()
+        ->check(whole_number(1, PWRMGT_MAX_PSU))
+        ->type_name(" ");
 }
 
 }  // namespace pwrmgt::pwrmgtctl

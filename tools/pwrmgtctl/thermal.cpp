@@ -1,20 +1,18 @@
 // SPDX-License-Identifier: Apache-2.0
-// The command family `thermal`: temperatures of a past period or a span, and the latest ones.
+// The commands `thermal history` and `thermal realtime`: temperatures of a past period or a span,
+// and the latest ones.
 #include <algorithm>
-#include <array>
 #include <cstring>
 #include <ctime>
 #include <memory>
-#include <span>
 
-#include "command.h"
-#include "database.h"
-#include "missing.h"
+#include "answer.h"
+#include "layout_options.h"
 #include "plot_options.h"
-#include "print.h"
 #include "span_options.h"
 #include "status_text.h"
 #include "thermal_document.h"
+#include "thermal_latest.h"
 #include "time_argument.h"
 #include "timed.h"
 #include "vekdb_pwrmgt.h"
@@ -27,13 +25,16 @@ constexpr SpanWording kWording{"Entries to divide the period into, 1 to 1440, fo
                                1440, "--minutes-per-entry",
                                "Width of an entry of the window in minutes, 1 to 12", 12};
 
-struct Options {
+struct Options : CommonOptions {
     SpanOptions span;
-    bool json = false;
+    bool csv = false;
     PlotOptions plot;
     std::vector<std::string> sensors;
     bool local = false;
-    bool timing = false;
+};
+
+struct LatestOptions : CommonOptions {
+    bool local = false;
 };
 
 // What every index's time is: the library writes it only where a walk passed it.
@@ -51,10 +52,10 @@ struct Asked {
     std::string mistake;
 };
 
-Asked resolve(const SpanOptions& options) {
+Asked resolve(const SpanOptions& options, int64_t now_s) {
     Asked asked{};
     const std::optional<int32_t> end_s =
-        parse_time(options.minutes == 0 ? "now" : options.end, std::time(nullptr));
+        parse_time(options.minutes == 0 ? "now" : options.end, now_s);
     if (!end_s) {
         asked.mistake = "the clock does not show a time from 1970 to 2038";
         return asked;
@@ -81,18 +82,27 @@ Outcome show_plot(const ThermalHistory& answer, const Options& options) {
     const std::optional<Plot> plot = thermal_plot(answer, options.sensors);
     if (!plot) return fail(Exit::no_data, "no reading of the sensors asked for in the span");
     return plot_outcome(*plot, options.plot,
-                        {thermal_headline("Temperatures in C", answer, Zone::utc) +
-                             ", oldest on the left; database " + working_database() + '\n',
-                         options.timing ? timing_text(answer.query_ms) : std::string()});
+                        {thermal_headline(answer),
+                         options.timing ? timing_text(answer.answer.query_ms) : std::string()});
+}
+
+Outcome show_as(const ThermalHistory& answer, const Options& options) {
+    if (options.plot.wanted()) return show_plot(answer, options);
+    if (options.csv) return succeed(thermal_csv(answer));
+    if (options.json) return succeed(thermal_json(answer, options));
+    return succeed(thermal_table(answer, options.local ? Zone::local : Zone::utc, options));
 }
 
 Outcome show_history(const Options& options) {
     if (!options.sensors.empty() && !options.plot.wanted()) {
         return fail(Exit::usage, "--sensor requires --plot, --svg or --png");
     }
-    const Asked asked = resolve(options.span);
+    const int64_t asked_at_s = std::time(nullptr);
+    const Asked asked = resolve(options.span, asked_at_s);
     if (!asked.mistake.empty()) return fail(Exit::usage, asked.mistake);
-    ThermalHistory answer{asked.span, std::vector<pwrmgt_therm_sample_t>(asked.count), 0};
+    ThermalHistory answer{{"thermal.history/1", Origin::working_tables, {}, asked_at_s, 0},
+                          asked.span,
+                          std::vector<pwrmgt_therm_sample_t>(asked.count)};
     // The library tells a missing reading by 0xFF bytes; nothing else may look like one.
     std::memset(answer.samples.data(), 0xFF, asked.count * sizeof answer.samples.front());
     uint32_t count = asked.count;
@@ -111,77 +121,52 @@ Outcome show_history(const Options& options) {
     if (std::none_of(answer.samples.begin(), answer.samples.end(), has_reading)) {
         return fail(Exit::no_data, "no temperature recorded in the span");
     }
-    answer.query_ms = done.query_ms;
+    answer.answer.query_ms = done.query_ms;
     fill_times(answer.samples, asked.span);
-    const ThermalLayout layout{options.local ? Zone::local : Zone::utc, options.timing};
-    if (options.plot.wanted()) return show_plot(answer, options);
-    return succeed(options.json ? thermal_json(answer, layout) : thermal_table(answer, layout));
+    return show_as(answer, options);
 }
 
-struct Latest {
-    const char* heading;
-    const char* key;
-    std::span<const int16_t> values;
-};
-
-Outcome show_realtime(const Options& options) {
-    pwrmgt_therm_realtime_t record{};
-    // Only sensors with a row are written; what keeps the marker has none.
-    std::fill(std::begin(record.cpu), std::end(record.cpu), kNoTemperature);
-    std::fill(std::begin(record.memory), std::end(record.memory), kNoTemperature);
-    std::fill(std::begin(record.ambient), std::end(record.ambient), kNoTemperature);
-    const Timed done = timed([&] { return pwrmgt_get_therm_realtime(&record); });
+Outcome show_realtime(const LatestOptions& options) {
+    const int64_t asked_at_s = std::time(nullptr);
+    std::vector<LatestTemperature> temperatures;
+    const Timed done = timed([&] { return read_latest_temperatures(temperatures); });
     if (done.status != 0) return explain(Call::thermal_realtime, done.status, "");
-
-    const std::array<Latest, 3> kinds{{{"Inlet", "ambient_c", record.ambient},
-                                       {"CPU", "cpu_c", record.cpu},
-                                       {"Memory module", "memory_c", record.memory}}};
-    Table table({"Sensor", "C"});
-    Json document;
-    document["schema"] = "pwrmgtctl.thermal.realtime/1";
-    document["database"] = working_database();
-    if (options.timing) document["query_ms"] = rounded_ms(done.query_ms);
-    bool any = false;
-    for (const Latest& kind : kinds) {
-        document[kind.key] = Json::array();
-        for (size_t at = 0; at < kind.values.size(); ++at) {
-            const auto value = temperature(kind.values[at]);
-            document[kind.key].push_back(value ? Json(*value) : Json(nullptr));
-            if (!value) continue;
-            any = true;
-            table.add({kind.heading + (' ' + std::to_string(at + 1)), std::to_string(*value)});
-        }
+    if (temperatures.empty()) return fail(Exit::no_data, "no temperature is stored");
+    int64_t newest_s = 0;
+    Table table({"Sensor", "C", "Age"});
+    Json body;
+    body["readings"] = Json::array();
+    for (const LatestTemperature& sensor : temperatures) {
+        const Age age = age_of(sensor.taken_s, asked_at_s, asked_at_s);
+        newest_s = std::max(newest_s, sensor.taken_s);
+        table.add({sensor.heading, std::to_string(sensor.value_c), age_words(age)});
+        Json reading{{"sensor", sensor.name}, {"temperature_c", sensor.value_c}};
+        add_taken(reading, sensor.taken_s, age);
+        body["readings"].push_back(std::move(reading));
     }
-    if (!any) return fail(Exit::no_data, "no temperature is stored");
-    if (options.json) return succeed(json_text(document));
-    const std::string text =
-        "Latest temperatures; database " + working_database() + '\n' + table.text();
-    return succeed(options.timing ? text + timing_text(done.query_ms) : text);
-}
-
-using Show = Outcome (*)(const Options&);
-
-CLI::App& add_command(CLI::App& family, Action& chosen, const char* name, const char* description,
-                      Show run_it, const std::shared_ptr<Options>& options) {
-    CLI::App* command = family.add_subcommand(name, description);
-    command->add_flag("--json", options->json, "One JSON document instead of a table");
-    command->add_flag("--timing", options->timing, "Tell how long the query took");
-    command->callback(
-        [&chosen, options, run_it] { chosen = [options, run_it] { return run_it(*options); }; });
-    return *command;
+    const Age age = age_of(newest_s, asked_at_s, asked_at_s);
+    add_taken(body, newest_s, age);
+    const std::string time = time_text(newest_s, options.local ? Zone::local : Zone::utc);
+    return live_view(
+        answer_document({"thermal.realtime/1", Origin::working_tables,
+                         "Latest temperatures, the newest of " + time + ", " + age_words(age),
+                         asked_at_s, done.query_ms},
+                        options, table.text(), body),
+        age);
 }
 
 void add_history_options(CLI::App& command, Options& options) {
     options.span.entries = kIndexesOfAnHour;
     add_span_options(command, options.span, kWording);
-    CLI::Option* json = command.get_option("--json");
-    CLI::Option* local =
-        command.add_flag("--local", options.local, "Local time instead of UTC")->excludes(json);
-    add_plot_options(command, options.plot, {json, local});
+    add_local_option(command, options.local);
+    add_csv_option(command, options.csv);
+    add_plot_options(
+        command, options.plot,
+        {command.get_option("--json"), command.get_option("--csv"), command.get_option("--local")});
     command
         .add_option("--sensor", options.sensors,
                     "A sensor to draw, such as cpu2 or exhaust1; may be repeated")
-        ->check(CLI::IsMember(sensor_names()).description(""))
+        ->check(one_of(sensor_names()))
         ->type_name("SENSOR")
         ->expected(1)
         ->take_all();
@@ -189,21 +174,28 @@ void add_history_options(CLI::App& command, Options& options) {
 
 }  // namespace
 
-void add_thermal(CLI::App& app, Action& chosen) {
-    CLI::App* family = app.add_subcommand("thermal", "Temperatures");
-    family->require_subcommand(1);
-    const auto options = std::make_shared<Options>();
-    CLI::App& history = add_command(*family, chosen, "history", "Temperatures of a period or span",
-                                    show_history, options);
-    add_history_options(history, *options);
-    history.footer(
-        "Examples:\n"
-        "  pwrmgtctl thermal history --period 6h --entries 12\n"
-        "  pwrmgtctl thermal history --period 24h --plot --sensor cpu1 --sensor cpu2\n"
-        "  pwrmgtctl thermal history --end now --minutes 60 --minutes-per-entry 5 --json");
-    add_command(*family, chosen, "realtime", "The latest temperatures", show_realtime,
-                std::make_shared<Options>())
-        .footer("Example:\n  pwrmgtctl thermal realtime --json | jq '.cpu_c[0]'");
+void add_thermal(CLI::App& thermal, Action& chosen) {
+    const auto past = std::make_shared<Options>();
+    CLI::App& history = add_command(
+        thermal, chosen,
+        {"history", "Temperatures of a past period or window",
+         "Examples:\n"
+         "  pwrmgtctl thermal history --period 6h --entries 12\n"
+         "  pwrmgtctl thermal history --period 24h --plot --sensor cpu2\n"
+         "  pwrmgtctl thermal history --end now --minutes 60 --minutes-per-entry 5 --json"},
+        past, show_history);
+    add_history_options(history, *past);
+
+    const auto latest = std::make_shared<LatestOptions>();
+    CLI::App& realtime = add_command(
+        thermal, chosen,
+        {"realtime", "The latest temperatures",
+         "Examples:\n"
+         "  pwrmgtctl thermal realtime --watch\n"
+         "  pwrmgtctl thermal realtime --json | jq '.readings[] | select(.sensor == \"cpu1\")'"},
+        latest, show_realtime);
+    add_local_option(realtime, latest->local);
+    let_watch(realtime, chosen, latest, show_realtime);
 }
 
 }  // namespace pwrmgt::pwrmgtctl

@@ -8,7 +8,7 @@
 #include <optional>
 #include <span>
 
-#include "database.h"
+#include "csv.h"
 #include "missing.h"
 
 namespace pwrmgt::pwrmgtctl {
@@ -23,7 +23,7 @@ struct Group {
 };
 
 const std::array<Group, 4> kGroups{{
-    {"Inlet", "ambient", [](const pwrmgt_therm_sample_t& s) { return s.ambient; }, 2},
+    {"Inlet", "inlet", [](const pwrmgt_therm_sample_t& s) { return s.ambient; }, 2},
     {"CPU", "cpu", [](const pwrmgt_therm_sample_t& s) { return s.cpu; }, 8},
     {"Memory", "memory", [](const pwrmgt_therm_sample_t& s) { return s.memory; }, 8},
     {"Exhaust", "exhaust", [](const pwrmgt_therm_sample_t& s) { return s.exhaust; }, 2},
@@ -72,6 +72,26 @@ std::string triple_text(const std::optional<pwrmgt_therm_triple_t>& triple) {
            std::to_string(triple->max);
 }
 
+// How long ago the newest index with a reading ended.
+std::optional<Age> newest_age(const ThermalHistory& history) {
+    const auto newest = std::find_if(history.samples.rbegin(), history.samples.rend(), has_reading);
+    if (newest == history.samples.rend()) return std::nullopt;
+    return age_of(newest->tm, history.answer.asked_at_s, history.span.end_s);
+}
+
+Answer titled(const ThermalHistory& history, const std::string& title, const char* order,
+              Zone zone) {
+    Answer answer = history.answer;
+    answer.title = title + ", " + span_text(history.span.length_s) + " up to " +
+                   time_text(history.span.end_s, zone) + ": " +
+                   std::to_string(history.samples.size()) + " entries of " +
+                   span_text(history.span.entry_s) + ", " + order;
+    if (const std::optional<Age> age = newest_age(history)) {
+        answer.title += "; newest reading " + age_words(*age);
+    }
+    return answer;
+}
+
 Json triple_json(const std::optional<pwrmgt_therm_triple_t>& triple) {
     if (!triple) return {{"min_c", nullptr}, {"avg_c", nullptr}, {"max_c", nullptr}};
     return {{"min_c", triple->min}, {"avg_c", triple->avg}, {"max_c", triple->max}};
@@ -88,14 +108,7 @@ bool has_reading(const pwrmgt_therm_sample_t& sample) {
     });
 }
 
-std::string thermal_headline(const std::string& title, const ThermalHistory& history, Zone zone) {
-    return title + ", " + span_text(history.span.length_s) + " up to " +
-           time_text(history.span.end_s, zone) + ": " + std::to_string(history.samples.size()) +
-           " entries of " + span_text(history.span.entry_s);
-}
-
-std::string thermal_table(const ThermalHistory& history, const ThermalLayout& layout) {
-    const Zone zone = layout.zone;
+std::string thermal_table(const ThermalHistory& history, Zone zone, const CommonOptions& options) {
     const std::vector<Sensor> sensors = sensors_of(history.samples);
     std::vector<std::string> headers{time_header(zone)};
     for (const Sensor& sensor : sensors) {
@@ -109,9 +122,8 @@ std::string thermal_table(const ThermalHistory& history, const ThermalLayout& la
         }
         table.add(std::move(cells));
     }
-    const std::string text = thermal_headline("Temperatures in C (min/avg/max)", history, zone) +
-                             ", oldest first; database " + working_database() + '\n' + table.text();
-    return layout.timing ? text + timing_text(history.query_ms) : text;
+    return answer_text(titled(history, "Temperatures in C (min/avg/max)", "oldest first", zone),
+                       options, table.text());
 }
 
 std::vector<std::string> sensor_names() {
@@ -122,6 +134,11 @@ std::vector<std::string> sensor_names() {
         }
     }
     return names;
+}
+
+std::string thermal_headline(const ThermalHistory& history) {
+    return answer_text(titled(history, "Temperatures in C", "oldest on the left", Zone::utc), {},
+                       "");
 }
 
 std::optional<Plot> thermal_plot(const ThermalHistory& history,
@@ -148,17 +165,15 @@ std::optional<Plot> thermal_plot(const ThermalHistory& history,
     return plot.series.empty() ? std::nullopt : std::optional(plot);
 }
 
-std::string thermal_json(const ThermalHistory& history, const ThermalLayout& layout) {
-    Json document;
-    document["schema"] = "pwrmgtctl.thermal.history/1";
-    document["period_s"] = history.span.length_s;
-    document["entry_width_s"] = history.span.entry_s;
-    document["order"] = "oldest_first";
-    document["end_s"] = history.span.end_s;
-    document["end_utc"] = time_text(history.span.end_s, Zone::utc);
-    document["database"] = working_database();
-    if (layout.timing) document["query_ms"] = rounded_ms(history.query_ms);
-    document["entries"] = Json::array();
+std::string thermal_json(const ThermalHistory& history, const CommonOptions& options) {
+    Json body;
+    body["period_s"] = history.span.length_s;
+    body["entry_width_s"] = history.span.entry_s;
+    body["end_s"] = history.span.end_s;
+    body["end_utc"] = time_text(history.span.end_s, Zone::utc);
+    add_age(body, newest_age(history));
+    body["order"] = "oldest_first";
+    body["entries"] = Json::array();
     for (const pwrmgt_therm_sample_t& sample : history.samples) {
         Json entry;
         entry["timestamp_s"] = sample.tm;
@@ -168,9 +183,31 @@ std::string thermal_json(const ThermalHistory& history, const ThermalLayout& lay
                 entry[group.key].push_back(triple_json(Sensor{&group, place}.read(sample)));
             }
         }
-        document["entries"].push_back(std::move(entry));
+        body["entries"].push_back(std::move(entry));
     }
-    return json_text(document);
+    return answer_json(history.answer, options, body);
+}
+
+std::string thermal_csv(const ThermalHistory& history) {
+    const std::vector<Sensor> sensors = sensors_of(history.samples);
+    std::vector<std::vector<std::string>> lines{{"time_utc", "timestamp_s"}};
+    for (const Sensor& sensor : sensors) {
+        for (const char* value : {"_min_c", "_avg_c", "_max_c"}) {
+            lines.front().push_back(name_of(sensor) + value);
+        }
+    }
+    for (const pwrmgt_therm_sample_t& sample : history.samples) {
+        std::vector<std::string>& line = lines.emplace_back();
+        line = {time_text(sample.tm, Zone::utc), std::to_string(sample.tm)};
+        for (const Sensor& sensor : sensors) {
+            const auto triple = sensor.read(sample);
+            for (const auto value : {&pwrmgt_therm_triple_t::min, &pwrmgt_therm_triple_t::avg,
+                                     &pwrmgt_therm_triple_t::max}) {
+                line.push_back(triple ? std::to_string((*triple).*value) : std::string());
+            }
+        }
+    }
+    return csv_text(lines);
 }
 
 }  // namespace pwrmgt::pwrmgtctl

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// A thermal history as a table or a JSON document.
+// A thermal history as a table, a JSON document, CSV or a picture.
 #pragma once
 
 #include <cstdint>
@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include "answer.h"
 #include "plot.h"
 #include "print.h"
 #include "vekdb_pwrmgt.h"
@@ -20,14 +21,9 @@ struct ThermalSpan {
 };
 
 struct ThermalHistory {
+    Answer answer;
     ThermalSpan span;
     std::vector<pwrmgt_therm_sample_t> samples;  // oldest first
-    double query_ms;
-};
-
-struct ThermalLayout {
-    Zone zone;
-    bool timing;
 };
 
 // Names that thermal_plot() takes: inlet1, inlet2, cpu1 to cpu8, memory1 to memory8, exhaust1,
@@ -37,12 +33,14 @@ std::vector<std::string> sensor_names();
 // True when any sensor has a reading in the entry.
 bool has_reading(const pwrmgt_therm_sample_t& sample);
 
-// What it tells of, without the end of its line.
-std::string thermal_headline(const std::string& title, const ThermalHistory& history, Zone zone);
-std::string thermal_table(const ThermalHistory& history, const ThermalLayout& layout);
+std::string thermal_table(const ThermalHistory& history, Zone zone, const CommonOptions& options);
+// The line on top of a picture.
+std::string thermal_headline(const ThermalHistory& history);
 // The sensors named, or every one that has a reading. Nothing when none of them has one.
 std::optional<Plot> thermal_plot(const ThermalHistory& history,
                                  const std::vector<std::string>& wanted);
-std::string thermal_json(const ThermalHistory& history, const ThermalLayout& layout);
+std::string thermal_json(const ThermalHistory& history, const CommonOptions& options);
+// Three columns for every sensor that has a reading.
+std::string thermal_csv(const ThermalHistory& history);
 
 }  // namespace pwrmgt::pwrmgtctl

@@ -41,7 +41,7 @@ constexpr std::array<Word, 8> kWords{{
     {"long",       Argument::optional, 1, kMaxResponseBytes},
     {"garbage",    Argument::none,     0, 0},
     {"completion", Argument::required, 1, 0xFF},
-    {"status",     Argument::required, 1, 0xFF},
+    {"status",     Argument::required, 0, 0xFF},
 }};
 // clang-format on
 

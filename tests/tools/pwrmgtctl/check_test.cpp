@@ -173,7 +173,7 @@ TEST_F(Check, MistakesOfTheCommandLineAreExit3OnStandardOutput) {
 }
 
 TEST_F(Check, LineThatCannotBeWrittenIsExit3) {
-    EXPECT_EQ(launch({{"check"}, {}, kNow, Sink::full_device}).exit, 3);
+    EXPECT_EQ(launch({{"check"}, {}, kNow, Sink::full_device, nullptr}).exit, 3);
     EXPECT_EQ(launch({{"check"}, {}, kNow, Sink::left_reader}).exit, 3);
 }
 

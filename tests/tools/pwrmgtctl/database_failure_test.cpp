@@ -43,9 +43,9 @@ TEST_F(DatabaseFailure, DatabaseThatDoesNotOpenIsExit1) {
     const std::vector<std::string> inside_a_file{"VEKDB_STATE_DIR=" + file + "/state",
                                                  "VEKDB_RUNTIME_DIR=" + file + "/run"};
 
-    const Finished history = tool_with(inside_a_file, {"history", "power"});
-    const Finished realtime = tool_with(inside_a_file, {"realtime", "--json"});
-    const Finished policy = tool_with(inside_a_file, {"policy"});
+    const Finished history = tool_with(inside_a_file, {"power", "history"});
+    const Finished realtime = tool_with(inside_a_file, {"power", "realtime", "--json"});
+    const Finished policy = tool_with(inside_a_file, {"policy", "get"});
 
     EXPECT_EQ(history.exit, 1);
     EXPECT_EQ(history.out, "");
@@ -59,26 +59,26 @@ TEST_F(DatabaseFailure, DatabaseThatDoesNotOpenIsExit1) {
 }
 
 TEST_F(DatabaseFailure, QueryThatFailsIsExit1) {
-    ASSERT_EQ(spare_tool({"history", "power"}).exit, 4);
+    ASSERT_EQ(spare_tool({"power", "history"}).exit, 4);
     replace_table("vek_pwr_db-mem.sqlite", "HistPowers24HrMem");
     replace_table("vek_pwr_db-mem.sqlite", "RealTimePowersMem");
     replace_table("vek_pwr_db.sqlite", "PowerPolicy");
 
-    const Finished history = spare_tool({"history", "power"});
+    const Finished history = spare_tool({"power", "history"});
 
     EXPECT_EQ(history.exit, 1);
     EXPECT_EQ(history.out, "");
     EXPECT_NE(history.err.find("pwrmgtctl: the database query failed (status 3)\n"),
               std::string::npos)
         << history.err;
-    EXPECT_EQ(spare_tool({"history", "psu", "1"}).exit, 1);
-    EXPECT_EQ(spare_tool({"history", "performance"}).exit, 1);
-    EXPECT_EQ(spare_tool({"realtime"}).exit, 1);
-    EXPECT_EQ(spare_tool({"policy"}).exit, 1);
+    EXPECT_EQ(spare_tool({"psu", "history", "1"}).exit, 1);
+    EXPECT_EQ(spare_tool({"performance", "history"}).exit, 1);
+    EXPECT_EQ(spare_tool({"power", "realtime"}).exit, 1);
+    EXPECT_EQ(spare_tool({"policy", "get"}).exit, 1);
 }
 
 TEST_F(DatabaseFailure, DatabaseReadIsTheOneOfTheEnvironment) {
-    const Finished run = spare_tool({"policy"});
+    const Finished run = spare_tool({"policy", "get"});
 
     EXPECT_EQ(run.exit, 4);
     EXPECT_TRUE(std::filesystem::exists(spare_ + "/vek_pwr_db.sqlite"));

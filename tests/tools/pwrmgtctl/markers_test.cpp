@@ -69,11 +69,11 @@ void expect_true_readings(const nlohmann::json& node, const std::string& key) {
 
 TEST_P(Markers, NeverAppearInHistoriesWithRandomGaps) {
     fill();
-    const std::vector<std::vector<std::string>> commands{{"history", "power"},
-                                                         {"history", "power", "--domain", "cpu"},
-                                                         {"history", "power", "--domain", "memory"},
-                                                         {"history", "psu", "3"},
-                                                         {"history", "performance"}};
+    const std::vector<std::vector<std::string>> commands{{"power", "history"},
+                                                         {"power", "history", "--domain", "cpu"},
+                                                         {"power", "history", "--domain", "memory"},
+                                                         {"psu", "history", "3"},
+                                                         {"performance", "history"}};
 
     for (std::vector<std::string> command : commands) {
         for (const char* period : {"1h", "6h"}) {

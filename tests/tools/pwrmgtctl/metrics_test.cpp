@@ -249,7 +249,7 @@ TEST_F(Metrics, FileIsWrittenWholeAndStandardOutputStaysEmpty) {
 }
 
 TEST_F(Metrics, FullDeviceIsExit1AndSaysSo) {
-    const Finished run = launch({{"metrics"}, {}, kNow, Sink::full_device});
+    const Finished run = launch({{"metrics"}, {}, kNow, Sink::full_device, nullptr});
 
     EXPECT_EQ(run.exit, 1);
     EXPECT_EQ(run.err, "pwrmgtctl: standard output: No space left on device\n");

@@ -9,7 +9,7 @@ class Output : public ToolTest {
 protected:
     Finished history_to(Sink sink) {
         store_slot(0, slot_of(300));
-        return launch({{"history", "power"}, {}, kNow, sink});
+        return launch({{"power", "history"}, {}, kNow, sink});
     }
 };
 

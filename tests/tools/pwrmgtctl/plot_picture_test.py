@@ -57,7 +57,7 @@ class Picture(unittest.TestCase):
         rows.close()
 
     def svg(self, *arguments):
-        picture = self.ctl("history", "power", "--end", str(END), "--minutes", str(MINUTES), *arguments, "--svg", "-")
+        picture = self.ctl("power", "history", "--end", str(END), "--minutes", str(MINUTES), *arguments, "--svg", "-")
         return Drawing(picture)
 
 
@@ -221,7 +221,7 @@ class PngFile(Picture):
     def test_file_is_a_png_of_the_size_that_is_documented(self):
         self.store({1: 250, 2: 251})
 
-        picture = self.ctl("history", "power", "--end", str(END), "--minutes", "30", "--png", "-")
+        picture = self.ctl("power", "history", "--end", str(END), "--minutes", "30", "--png", "-")
 
         self.assertEqual(picture[:8], b"\x89PNG\r\n\x1a\n")
         self.assertEqual(struct.unpack(">II", picture[16:24]), (1600, 768))
@@ -233,7 +233,7 @@ class Terminal(Picture):
         """What a terminal of 90 columns gets."""
         keyboard, screen = pty.openpty()
         subprocess.run(["stty", "cols", "90", "rows", "30"], stdin=screen, check=True)
-        command = [os.environ["PWRMGTCTL"], "history", "power", "--end", str(END), "--minutes", "30", "--plot"]
+        command = [os.environ["PWRMGTCTL"], "power", "history", "--end", str(END), "--minutes", "30", "--plot"]
         child = subprocess.Popen(command, env=self.environment | {"TERM": "xterm"} | variables, stdout=screen,
                                  stdin=subprocess.DEVNULL)
         os.close(screen)

@@ -46,7 +46,7 @@ TEST_F(Plot, HistoryOnTheScreen) {
 
     const Finished run =
         tool_with({"COLUMNS=60", "LINES=24"},
-                  {"history", "power", "--domain", "memory", "--minutes", "5", "--plot"});
+                  {"power", "history", "--domain", "memory", "--minutes", "5", "--plot"});
 
     EXPECT_EQ(run.exit, 0);
     EXPECT_EQ(run.err, "");
@@ -54,7 +54,7 @@ TEST_F(Plot, HistoryOnTheScreen) {
     ASSERT_GT(lines.size(), 12U);
     EXPECT_EQ(lines[0],
               "Memory power, last 5 min up to 2023-11-14T22:13:30Z: 10 entries of 30 s, oldest on "
-              "the left; database " +
+              "the left; newest reading 0 s old; database " +
                   working_file());
     EXPECT_EQ(lines[1], "Power in W; bars: DC from minimum to maximum");
     EXPECT_EQ(lines[lines.size() - 2], "      Time (UTC), 2023-11-14 22:08 to 2023-11-14 22:13");
@@ -67,7 +67,7 @@ TEST_F(Plot, HistoryOnTheScreen) {
 TEST_F(Plot, OneEntryIsDrawn) {
     store_slot(0, slot_of(300));
 
-    const Finished run = tool({"history", "power", "--domain", "cpu", "--plot"});
+    const Finished run = tool({"power", "history", "--domain", "cpu", "--plot"});
 
     EXPECT_EQ(run.exit, 0);
     EXPECT_NE(run.out.find('*'), std::string::npos) << run.out;
@@ -77,7 +77,7 @@ TEST_F(Plot, OneEntryIsDrawn) {
 TEST_F(Plot, PlainTextHasNoColours) {
     store_slot(0, slot_of(300));
 
-    const Finished run = tool_with({"TERM=xterm"}, {"history", "power", "--plot"});
+    const Finished run = tool_with({"TERM=xterm"}, {"power", "history", "--plot"});
 
     EXPECT_EQ(run.out.find('\x1b'), std::string::npos);
 }
@@ -86,7 +86,7 @@ TEST_F(Plot, TimingIsTheLastLine) {
     store_slot(0, slot_of(300));
 
     const std::vector<std::string> lines =
-        lines_of(tool({"history", "power", "--plot", "--timing"}).out);
+        lines_of(tool({"power", "history", "--plot", "--timing"}).out);
 
     ASSERT_FALSE(lines.empty());
     EXPECT_EQ(lines.back().substr(0, 15), "The query took ");
@@ -134,7 +134,7 @@ TEST_F(Plot, SensorWithoutReadingsIsNoData) {
 }
 
 TEST_F(Plot, EmptyHistoryLeavesNoFile) {
-    const Finished run = tool({"history", "power", "--svg", place_ + "/day.svg"});
+    const Finished run = tool({"power", "history", "--svg", place_ + "/day.svg"});
 
     EXPECT_EQ(run.exit, 4);
     EXPECT_FALSE(fs::exists(place_ + "/day.svg"));
@@ -145,7 +145,7 @@ TEST_F(Plot, WithoutTheProgramIsExit3AndLeavesTheOldFile) {
     std::ofstream(place_ + "/day.svg") << "old";
 
     const Finished run =
-        tool_with({"PATH=" + place_}, {"history", "power", "--svg", place_ + "/day.svg"});
+        tool_with({"PATH=" + place_}, {"power", "history", "--svg", place_ + "/day.svg"});
 
     EXPECT_EQ(run.exit, 3);
     EXPECT_EQ(run.out, "");
@@ -159,7 +159,7 @@ TEST_F(Plot, FilesAreToldInALineEach) {
     const std::string svg = place_ + "/day.svg";
     const std::string png = place_ + "/day.png";
 
-    const Finished run = tool({"history", "power", "--svg", svg, "--png", png});
+    const Finished run = tool({"power", "history", "--svg", svg, "--png", png});
 
     EXPECT_EQ(run.exit, 0) << run.err;
     EXPECT_EQ(run.out, svg + ": System power, 1 h, entries of 30 s\n" + png +
@@ -171,7 +171,7 @@ TEST_F(Plot, FilesAreToldInALineEach) {
 TEST_F(Plot, FileThatCannotBeMadeIsExit1) {
     store_slot(0, slot_of(300));
 
-    const Finished run = tool({"history", "power", "--svg", place_ + "/none/day.svg"});
+    const Finished run = tool({"power", "history", "--svg", place_ + "/none/day.svg"});
 
     EXPECT_EQ(run.exit, 1);
     EXPECT_EQ(run.err, "pwrmgtctl: " + place_ + "/none/day.svg: No such file or directory\n");
@@ -180,8 +180,8 @@ TEST_F(Plot, FileThatCannotBeMadeIsExit1) {
 TEST_F(Plot, WhatIsNoRegularFileIsLeftAlone) {
     store_slot(0, slot_of(300));
 
-    const Finished device = tool({"history", "power", "--png", "/dev/full"});
-    const Finished directory = tool({"history", "power", "--svg", place_});
+    const Finished device = tool({"power", "history", "--png", "/dev/full"});
+    const Finished directory = tool({"power", "history", "--svg", place_});
 
     EXPECT_EQ(device.exit, 1);
     EXPECT_EQ(device.err, "pwrmgtctl: /dev/full: is there and no regular file; left alone\n");
@@ -191,7 +191,8 @@ TEST_F(Plot, WhatIsNoRegularFileIsLeftAlone) {
 TEST_F(Plot, PictureOnFullStandardOutputIsExit1) {
     store_slot(0, slot_of(300));
 
-    const Finished run = launch({{"history", "power", "--svg", "-"}, {}, kNow, Sink::full_device});
+    const Finished run =
+        launch({{"power", "history", "--svg", "-"}, {}, kNow, Sink::full_device, nullptr});
 
     EXPECT_EQ(run.exit, 1);
     EXPECT_EQ(run.err, "pwrmgtctl: standard output: No space left on device\n");
@@ -200,9 +201,9 @@ TEST_F(Plot, PictureOnFullStandardOutputIsExit1) {
 TEST_F(Plot, StandardOutputTakesOnePictureOnly) {
     store_slot(0, slot_of(300));
 
-    EXPECT_EQ(tool({"history", "power", "--svg", "-", "--plot"}).exit, 2);
-    EXPECT_EQ(tool({"history", "power", "--svg", "-", "--png", "-"}).exit, 2);
-    EXPECT_EQ(tool({"history", "power", "--png", "-", "--plot"}).exit, 2);
+    EXPECT_EQ(tool({"power", "history", "--svg", "-", "--plot"}).exit, 2);
+    EXPECT_EQ(tool({"power", "history", "--svg", "-", "--png", "-"}).exit, 2);
+    EXPECT_EQ(tool({"power", "history", "--png", "-", "--plot"}).exit, 2);
 }
 
 }  // namespace

@@ -73,7 +73,7 @@ TEST(Print, JsonKeepsTheOrderOfItsKeys) {
     document["entries"] = Json::array();
     document["a"] = nullptr;
 
-    EXPECT_EQ(json_text(document),
+    EXPECT_EQ(json_text(document, JsonForm::indented),
               "{\n  \"schema\": \"x/1\",\n  \"entries\": [],\n  \"a\": null\n}\n");
 }
 
@@ -81,7 +81,8 @@ TEST(Print, BytesThatAreNoUtf8DoNotLoseTheDocument) {
     Json document;
     document["database"] = "/odd\xff/path";
 
-    EXPECT_EQ(json_text(document), "{\n  \"database\": \"/odd\xef\xbf\xbd/path\"\n}\n");
+    EXPECT_EQ(json_text(document, JsonForm::indented),
+              "{\n  \"database\": \"/odd\xef\xbf\xbd/path\"\n}\n");
 }
 
 TEST(Print, TimingIsRoundedToAMicrosecond) {

@@ -37,7 +37,8 @@ TEST_F(Psu, ListShowsAllTwelveBays) {
     EXPECT_EQ(run.exit, 0);
     EXPECT_EQ(run.err, "");
     EXPECT_EQ(run.out,
-              "Supplies: 4 bays, 3 present, 1 healthy; database " + working_file() +
+              "Supplies: 4 bays, 3 present, 1 healthy; age not recorded; database " +
+                  working_file() +
                   "\n"
                   "Bay   Supply  Input  Health  Voltage class  Input label W  Output label W\n"
                   "1    present   good    good              0            800             750\n"
@@ -115,15 +116,16 @@ TEST_F(Psu, VoltageShowsTheRange) {
     const json document = json_of({"psu", "voltage", "2", "--json"});
 
     EXPECT_EQ(text.exit, 0);
-    EXPECT_EQ(text.out, "Input voltage of supply 1; database " + working_file() +
+    EXPECT_EQ(text.out, "Input voltage of supply 1; age not recorded; database " + working_file() +
                             "\n"
                             "Input voltage  Value\n"
                             "Kind              AC\n"
                             "Lowest, V        200\n"
                             "Highest, V       240\n");
-    EXPECT_EQ(document, json::parse(R"({"schema": "pwrmgtctl.psu.voltage/1", "psu": 2,
-        "database": ")" + working_file() +
-                                    R"(", "kind": "ac", "low_v": 100, "high_v": 127})"));
+    EXPECT_EQ(
+        values_of(document),
+        json::parse(
+            R"({"schema": "pwrmgtctl.psu.voltage/1", "psu": 2, "age_s": null, "stale": null, "kind": "ac", "low_v": 100, "high_v": 127})"));
 }
 
 TEST_F(Psu, VoltageOfClass16NamesItsKind) {

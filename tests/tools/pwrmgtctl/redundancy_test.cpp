@@ -43,12 +43,6 @@ protected:
                 0U);
         }
     }
-    void change(const char* column, uint16_t value) {
-        const uint32_t content = vek_db_get_content_values();
-        vek_db_content_put_short_uint(content, column, value);
-        EXPECT_EQ(vek_db_update(connection(), "PowerPolicy", content, nullptr, 0, 0), 0);
-        vek_db_free_content_values(content);
-    }
 
     const std::string properties_ = state_directory() + "/properties.conf";
 };
@@ -60,9 +54,11 @@ TEST_F(Redundancy, GetTellsTheStoredMode) {
     const json document = json_here({"redundancy", "get", "--json"});
 
     EXPECT_EQ(text.exit, 0);
-    EXPECT_EQ(text.out, "Redundancy mode 2; database " + persistent_file() + "\n");
-    EXPECT_EQ(document, json::parse(R"({"schema": "pwrmgtctl.redundancy/1", "database": ")" +
-                                    persistent_file() + R"(", "mode": 2, "stored": false})"));
+    EXPECT_EQ(text.out, "Redundancy mode 2, not redundant; database " + persistent_file() + "\n");
+    EXPECT_EQ(
+        values_of(document),
+        json::parse(
+            R"({"schema": "pwrmgtctl.redundancy.get/1", "mode": 2, "meaning": "2, not redundant"})"));
 }
 
 TEST_F(Redundancy, SetStoresTheMode) {
@@ -72,7 +68,8 @@ TEST_F(Redundancy, SetStoresTheMode) {
 
     EXPECT_EQ(set.exit, 0);
     EXPECT_EQ(set.err, "");
-    EXPECT_EQ(set.out, "Redundancy mode 4 stored; database " + persistent_file() + "\n");
+    EXPECT_EQ(set.out, "Stored redundancy mode 4, one supply in reserve; database " +
+                           persistent_file() + "\n");
     EXPECT_EQ(json_here({"redundancy", "get", "--json"})["mode"], 4);
 }
 
@@ -100,7 +97,7 @@ TEST_F(Redundancy, StoredModeThatTheMachineDoesNotAllowIsNamed) {
 
 TEST_F(Redundancy, ModeThatWasNeverSetIsNotShownAsANumber) {
     store_policy(0, 1);
-    change("RedunMode", 15);
+    change_policy({{"RedunMode", 15}});
 
     const Finished told = here({"redundancy", "get"});
     const Finished refused = tool({"redundancy", "get"});
@@ -140,8 +137,10 @@ TEST_F(Redundancy, AutoStoresTheModeOfTheHardware) {
     const Finished run = here({"redundancy", "auto", "2"});
 
     EXPECT_EQ(run.exit, 0) << run.err;
-    EXPECT_EQ(run.out, "Hardware configuration 2: redundancy mode 4 stored; database " +
-                           persistent_file() + "\n");
+    EXPECT_EQ(
+        run.out,
+        "Hardware configuration 2: stored redundancy mode 4, one supply in reserve; database " +
+            persistent_file() + "\n");
     EXPECT_EQ(json_here({"redundancy", "get", "--json"})["mode"], 4);
 }
 
@@ -164,12 +163,15 @@ TEST_F(Redundancy, AvailablePowerIsTheSupplies) {
     const json document = json_here({"power", "available", "--json"});
 
     EXPECT_EQ(text.exit, 0) << text.err;
-    EXPECT_EQ(text.out, "Power that the system may draw; database " + persistent_file() +
+    EXPECT_EQ(text.out, "Power that the system may draw; age not recorded; database " +
+                            persistent_file() +
                             "\n"
                             "Power         Value\n"
                             "Available, W    750\n");
-    EXPECT_EQ(document, json::parse(R"({"schema": "pwrmgtctl.power.available/1", "database": ")" +
-                                    persistent_file() + R"(", "available_w": 750})"));
+    EXPECT_EQ(
+        values_of(document),
+        json::parse(
+            R"({"schema": "pwrmgtctl.power.available/1", "age_s": null, "stale": null, "available_w": 750})"));
 }
 
 TEST_F(Redundancy, AvailablePowerOfSuppliesThatCannotBeToldIsExit4) {
@@ -186,9 +188,9 @@ TEST_F(Redundancy, AvailablePowerOfSuppliesThatCannotBeToldIsExit4) {
 
 TEST_F(Redundancy, CappingRangeIsTheStoredOneOfItsDomain) {
     store_policy(0, 1);
-    change("CapMinAc", 300);
-    change("CapMaxAc", 900);
-    change("CapMinDc", 250);
+    change_policy({{"CapMinAc", 300}});
+    change_policy({{"CapMaxAc", 900}});
+    change_policy({{"CapMinDc", 250}});
 
     const Finished ac = here({"capping", "ranges"});
     const json dc = json_here({"capping", "ranges", "--dc", "--json"});
@@ -199,14 +201,15 @@ TEST_F(Redundancy, CappingRangeIsTheStoredOneOfItsDomain) {
                           "Power           Value\n"
                           "Lowest cap, W     300\n"
                           "Highest cap, W    900\n");
-    EXPECT_EQ(dc, json::parse(R"({"schema": "pwrmgtctl.capping.ranges/1", "domain": "dc",
-        "database": ")" + persistent_file() +
-                              R"(", "min_w": 250, "max_w": null})"));
+    EXPECT_EQ(
+        values_of(dc),
+        json::parse(
+            R"({"schema": "pwrmgtctl.capping.ranges/1", "side": "dc", "min_w": 250, "max_w": null})"));
 }
 
 TEST_F(Redundancy, HighestCapIsTheAvailablePowerWhenThatIsKnown) {
     store_policy(0, 0);
-    change("CapMaxAc", 900);
+    change_policy({{"CapMaxAc", 900}});
     store_supplies(2, 750);
 
     const json document = json_here({"capping", "ranges", "--json"});

@@ -18,9 +18,9 @@ protected:
         const thermal_hist_update_t record{timestamp, 1, {{type, instance, celsius}}};
         ASSERT_EQ(thermal_update_thermal_hist_table(connection(), &record), 0U);
     }
-    void store_latest(uint8_t type, uint8_t instance, int16_t celsius) {
+    void store_latest(uint8_t type, uint8_t instance, int16_t celsius, uint32_t taken_s) {
         const uint32_t row = vek_db_get_content_values();
-        vek_db_content_put_uint(row, "Timestamp", kNewestSlot);
+        vek_db_content_put_uint(row, "Timestamp", taken_s);
         vek_db_content_put_uchar(row, "Type", type);
         vek_db_content_put_uchar(row, "InstNum", instance);
         vek_db_content_put_short_uint(row, "Value", static_cast<uint16_t>(celsius));
@@ -40,7 +40,7 @@ TEST_F(Thermal, HistoryShowsOnlySensorsWithReadingsOldestFirst) {
     EXPECT_EQ(run.err, "");
     EXPECT_EQ(run.out,
               "Temperatures in C (min/avg/max), 2 min up to 2023-11-14T22:13:30Z: 2 entries of 1 "
-              "min, oldest first; database " +
+              "min, oldest first; newest reading 30 s old; database " +
                   working_file() +
                   "\n"
                   "Time (UTC)             Inlet 1     CPU 2\n"
@@ -66,7 +66,7 @@ TEST_F(Thermal, HistoryAsJsonHasNullForWhatIsMissing) {
     EXPECT_EQ(entry["exhaust"][0], json::parse(R"({"min_c": null, "avg_c": null, "max_c": null})"));
     EXPECT_EQ(entry["cpu"].size(), 8);
     EXPECT_EQ(entry["memory"].size(), 8);
-    EXPECT_EQ(entry["ambient"].size(), 2);
+    EXPECT_EQ(entry["inlet"].size(), 2);
 }
 
 TEST_F(Thermal, PeriodIsDividedIntoTheEntriesAskedFor) {
@@ -90,7 +90,7 @@ TEST_F(Thermal, ReadingBelowZeroIsShown) {
 
     const json document = json_of({"thermal", "history", "--minutes", "1", "--json"});
 
-    EXPECT_EQ(document["entries"][0]["ambient"][0]["min_c"], -5);
+    EXPECT_EQ(document["entries"][0]["inlet"][0]["min_c"], -5);
 }
 
 TEST_F(Thermal, HistoryWithoutReadingsIsExit4) {
@@ -116,32 +116,53 @@ TEST_F(Thermal, SpanWithoutRoomForAnEntryIsExit2) {
 }
 
 TEST_F(Thermal, RealtimeShowsOnlySensorsWithARow) {
-    store_latest(kAmbient, 1, 23);
-    store_latest(kCpu, 8, 0);
-    store_latest(kMemory, 128, -1);
+    store_latest(kAmbient, 1, 23, kNow);
+    store_latest(kCpu, 8, 0, kNow);
+    store_latest(kMemory, 128, -1, kNow);
 
     const Finished run = tool({"thermal", "realtime"});
 
     EXPECT_EQ(run.exit, 0) << run.err;
-    EXPECT_EQ(run.out, "Latest temperatures; database " + working_file() +
-                           "\n"
-                           "Sensor              C\n"
-                           "Inlet 1            23\n"
-                           "CPU 8               0\n"
-                           "Memory module 128  -1\n");
+    EXPECT_EQ(run.out,
+              "Latest temperatures, the newest of 2023-11-14T22:13:30Z, 0 s old; database " +
+                  working_file() +
+                  "\n"
+                  "Sensor              C      Age\n"
+                  "Inlet 1            23  0 s old\n"
+                  "CPU 8               0  0 s old\n"
+                  "Memory module 128  -1  0 s old\n");
 }
 
-TEST_F(Thermal, RealtimeAsJsonHasNullForSensorsWithoutARow) {
-    store_latest(kCpu, 1, 55);
+TEST_F(Thermal, RealtimeAsJsonHasSensorsWithTheirAges) {
+    store_latest(kCpu, 1, 55, kNow - 10);
 
     const json document = json_of({"thermal", "realtime", "--json"});
 
-    EXPECT_EQ(document["schema"], "pwrmgtctl.thermal.realtime/1");
-    EXPECT_EQ(document["cpu_c"], json::parse("[55, null, null, null, null, null, null, null]"));
-    EXPECT_EQ(document["ambient_c"].size(), 8);
-    EXPECT_TRUE(document["ambient_c"][0].is_null());
-    EXPECT_EQ(document["memory_c"].size(), 128);
-    EXPECT_TRUE(document["memory_c"][127].is_null());
+    EXPECT_EQ(values_of(document), json::parse(R"({
+        "schema": "pwrmgtctl.thermal.realtime/1", "timestamp_s": 1700000000,
+        "time_utc": "2023-11-14T22:13:20Z", "age_s": 10, "stale": false,
+        "readings": [{"sensor": "cpu1", "temperature_c": 55, "timestamp_s": 1700000000,
+                      "time_utc": "2023-11-14T22:13:20Z", "age_s": 10, "stale": false}]})"));
+}
+
+TEST_F(Thermal, SensorThatFellSilentIsMarkedStaleBesideTheOthers) {
+    store_latest(kCpu, 1, 55, kNow);
+    store_latest(kCpu, 2, 51, kNow - 61);
+
+    const Finished run = tool({"thermal", "realtime"});
+
+    EXPECT_EQ(run.exit, 0);
+    EXPECT_EQ(lines_of(run.out)[3], "CPU 2   51  61 s old, STALE");
+}
+
+TEST_F(Thermal, LatestOlderThan60SecondsAreShownWithExit5) {
+    store_latest(kCpu, 1, 55, kNow - 61);
+
+    const Finished run = tool({"thermal", "realtime"});
+
+    EXPECT_EQ(run.exit, 5);
+    EXPECT_EQ(lines_of(run.out)[2], "CPU 1   55  61 s old, STALE");
+    EXPECT_EQ(run.err, "pwrmgtctl: the newest reading is 61 s old\n");
 }
 
 TEST_F(Thermal, RealtimeWithoutARowIsExit4) {

@@ -117,7 +117,7 @@ void freeze_clock(std::time_t clock_s) {
         arguments.push_back(const_cast<char*>(argument.c_str()));
     }
     arguments.push_back(nullptr);
-    execv(PWRMGTCTL_PATH, arguments.data());
+    execv(launch.program == nullptr ? PWRMGTCTL_PATH : launch.program, arguments.data());
     _exit(127);
 }
 
@@ -129,6 +129,14 @@ pwrmgt_hist_pwr_sample_t power_of(uint16_t avg, uint16_t max, uint16_t min) {
 
 const std::string& state_directory() {
     return workplace->state;
+}
+
+const char* tool_path() {
+    return PWRMGTCTL_PATH;
+}
+
+const std::string& runtime_directory() {
+    return workplace->runtime;
 }
 
 std::string working_file() {
@@ -166,12 +174,12 @@ Finished ToolTest::launch(const Launch& launch) {
 }
 
 Finished ToolTest::tool(const std::vector<std::string>& arguments) {
-    return launch({arguments, {}, kNow, Sink::file});
+    return launch({arguments, {}, kNow, Sink::file, nullptr});
 }
 
 Finished ToolTest::tool_with(const std::vector<std::string>& environment,
                              const std::vector<std::string>& arguments) {
-    return launch({arguments, environment, kNow, Sink::file});
+    return launch({arguments, environment, kNow, Sink::file, nullptr});
 }
 
 nlohmann::json ToolTest::json_of(const std::vector<std::string>& arguments) {
@@ -193,6 +201,15 @@ void ToolTest::store_realtime(const pwrmgt_realtime_pwr_t& reading, uint32_t tim
 void ToolTest::store_policy(uint32_t is_blade, uint32_t redun_mode) {
     pwrmgt_power_policy_t stored{};
     ASSERT_EQ(pwrmgt_init_power_policy_table(connection_, &stored, is_blade, redun_mode), 0U);
+}
+
+void ToolTest::change_policy(const std::vector<std::pair<const char*, uint16_t>>& columns) {
+    const uint32_t content = vek_db_get_content_values();
+    for (const auto& [column, value] : columns) {
+        vek_db_content_put_short_uint(content, column, value);
+    }
+    EXPECT_EQ(vek_db_update(connection_, "PowerPolicy", content, nullptr, 0, 0), 0);
+    vek_db_free_content_values(content);
 }
 
 pwrmgt_hist_sample_t slot_of(uint16_t dc_w) {
@@ -219,6 +236,13 @@ pwrmgt_hist_sample_t empty_slot() {
     }
     sample.perf = {0, 0, kNoPercent, kNoPercent, kNoPercent, kNoPercent, kNoPercent, kNoPercent};
     return sample;
+}
+
+nlohmann::json values_of(nlohmann::json document) {
+    for (const char* key : {"source", "database", "asked_at_s", "asked_at_utc"}) {
+        document.erase(key);
+    }
+    return document;
 }
 
 std::vector<std::string> lines_of(const std::string& text) {

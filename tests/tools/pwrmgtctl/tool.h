@@ -8,6 +8,7 @@
 #include <nlohmann/json.hpp>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "vekdb_pwrmgt.h"
@@ -32,6 +33,7 @@ struct Launch {
     std::vector<std::string> environment;  // "NAME=value", on top of the fixture's
     std::optional<int64_t> clock_s;        // frozen at; none = the real clock
     Sink sink;
+    const char* program = nullptr;  // none: the tool
 };
 
 class ToolTest : public ::testing::Test {
@@ -51,6 +53,8 @@ protected:
     void store_slot(uint32_t slots_back, const pwrmgt_hist_sample_t& sample);
     void store_realtime(const pwrmgt_realtime_pwr_t& reading, uint32_t timestamp);
     void store_policy(uint32_t is_blade, uint32_t redun_mode);
+    // Columns of the policy row and their new values.
+    void change_policy(const std::vector<std::pair<const char*, uint16_t>>& columns);
 
     uint32_t connection() const { return connection_; }
     void TearDown() override;
@@ -59,9 +63,13 @@ private:
     uint32_t connection_ = 0;
 };
 
+// The tool under test.
+const char* tool_path();
+
 // The fixture's database, the same one for every test of the process: the directory of the
 // persistent file, and the two files.
 const std::string& state_directory();
+const std::string& runtime_directory();
 std::string working_file();
 std::string persistent_file();
 
@@ -74,5 +82,9 @@ pwrmgt_hist_sample_t slot_of(uint16_t dc_w);
 pwrmgt_hist_sample_t empty_slot();
 
 std::vector<std::string> lines_of(const std::string& text);
+
+// A JSON answer without what every answer has beside its schema: source, database, when it was
+// asked.
+nlohmann::json values_of(nlohmann::json document);
 
 }  // namespace pwrmgt::tooltest
