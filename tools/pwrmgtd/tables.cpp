@@ -125,14 +125,23 @@ std::size_t DatabaseTables::append(std::span<const Row> rows) {
     return kept ? done : 0;
 }
 
+// One write to the flash instead of one per table.
 bool DatabaseTables::trim(std::int64_t now_s) {
+    const bool together = statement("BEGIN");
+    const bool trimmed = trim_power(now_s);
+    trim_temperatures(now_s);
+    if (!together || statement("COMMIT")) return trimmed;
+    statement("ROLLBACK");
+    return false;
+}
+
+bool DatabaseTables::trim_power(std::int64_t now_s) {
     const auto now = static_cast<std::int32_t>(now_s);
     const bool extra = note_status(log_, "pwrmgt_cleanup_extra_hist_mem_table",
                                    pwrmgt_cleanup_extra_hist_mem_table(connection_, now));
     const bool cpus = note_status(
         log_, "pwrmgt_cleanup_cpu_pwr_hist_table",
         pwrmgt_cleanup_cpu_pwr_hist_table(connection_, static_cast<std::uint32_t>(now_s)));
-    trim_temperatures(now_s);
     return note_status(log_, "pwrmgt_cleanup_hist_mem_table",
                        pwrmgt_cleanup_hist_mem_table(connection_, now)) &&
            extra && cpus;

@@ -87,6 +87,7 @@ private:
     bool statement(const std::string& sql);
     bool save_temperatures();
     bool flush_saved();
+    bool trim_power(std::int64_t now_s);
     void trim_temperatures(std::int64_t now_s);
     bool append_one(const Row& row);
     void append_cpus(const Row& row);
