@@ -29,6 +29,7 @@ install(FILES ${CMAKE_CURRENT_BINARY_DIR}/vekdb_pwrmgt.pc DESTINATION ${CMAKE_IN
 set(PWRMGT_UNIT_DIR lib/systemd/system CACHE STRING "Where systemd's units are installed")
 if(PWRMGT_TOOLS)
     install(FILES systemd/pwrmgtd.service DESTINATION ${PWRMGT_UNIT_DIR})
+    install(FILES systemd/pwrmgtd.conf DESTINATION ${CMAKE_INSTALL_SYSCONFDIR}/vekdb)
     install(FILES systemd/pwrmgtd.sysusers DESTINATION lib/sysusers.d RENAME pwrmgtd.conf)
     install(FILES systemd/pwrmgtd.tmpfiles DESTINATION lib/tmpfiles.d RENAME pwrmgtd.conf)
 endif()

@@ -101,7 +101,7 @@ stage_size() {
         "arm=$PROJECT_ROOT/build/arm=arm-linux-gnueabihf-"
 }
 
-is_testless() { [[ " coverage tidy size mutation valgrind " == *" $1 "* ]]; }
+is_testless() { [[ " coverage tidy size mutation valgrind packages packages-arm reproducible " == *" $1 "* ]]; }
 
 # run_stages <stage>...: runs them, keeps each one's output in build/logs, prints the table and the closing line.
 # Returns 1 when a stage failed.
