@@ -13,9 +13,11 @@
 #include <iterator>
 #include <stdexcept>
 #include <string>
+#include <string_view>
 #include <utility>
 
 #include "scratch.h"
+#include "vekdb_client.h"
 
 using namespace pwrmgt::bench;
 
@@ -98,9 +100,23 @@ struct Wear {
     double kernel = 0;  // by the kernel's account, all files
 };
 
+enum class Commit { each_statement, each_save };
+
+void statement(const LibraryConnection& db, std::string_view text) {
+    const auto length = static_cast<std::uint32_t>(text.size());
+    require_ok(static_cast<std::uint32_t>(vek_db_raw_query(db.get(), text.data(), length, nullptr)),
+               "vek_db_raw_query");
+}
+
+void save(const LibraryConnection& db, std::int32_t first, std::uint32_t slots, Commit commit) {
+    if (commit == Commit::each_save) statement(db, "BEGIN");
+    db.save(first, slots);
+    if (commit == Commit::each_save) statement(db, "COMMIT");
+}
+
 // Bytes per slot when `slots` are saved at a time, over the rows of the day before.
 Wear wear_per_slot(const Scratch& place, const LibraryConnection& db, std::uint32_t slots,
-                   std::int32_t saved) {
+                   std::int32_t saved, Commit commit) {
     const Disk disk{place.disk()};
     const std::string file = place.disk().file("vek_pwr_db.sqlite");
     WatchedFile database{file};
@@ -110,7 +126,7 @@ Wear wear_per_slot(const Scratch& place, const LibraryConnection& db, std::uint3
     for (std::int32_t first = 0; first < saved; first += static_cast<std::int32_t>(slots)) {
         disk.write_out();
         const std::int64_t before = dirtied_bytes();
-        db.save(first, slots);
+        save(db, first, slots, commit);
         accounted += dirtied_bytes() - before;
         for (WatchedFile* watched : {&database, &log, &index}) {
             watched->look();
@@ -134,8 +150,10 @@ int main() try {
     fill_library(measured_day());
     const LibraryConnection db;
     constexpr std::int32_t kSingles = 720;
-    report("save_20", wear_per_slot(place, db, 20, kSlots));
-    report("save_1", wear_per_slot(place, db, 1, kSingles));
+    report("save_20", wear_per_slot(place, db, 20, kSlots, Commit::each_statement));
+    report("save_1", wear_per_slot(place, db, 1, kSingles, Commit::each_statement));
+    report("group_20", wear_per_slot(place, db, 20, kSlots, Commit::each_save));
+    report("group_10", wear_per_slot(place, db, 10, kSlots, Commit::each_save));
     return 0;
 } catch (const std::exception& trouble) {
     std::fprintf(stderr, "wear_bench: %s\n", trouble.what());
