@@ -8,6 +8,7 @@ STAGES=(
     'checks|60|include flow, headers alone, kept behaviours, documents, words, format, and their self-tests'
     'debug|20|g++, not optimised: build the library, run the interface tests (symbols, layouts, shared globals)'
     'sanitizers|300|clang++ with AddressSanitizer and UndefinedBehaviorSanitizer: build everything, run every test'
+    'fuzz|90|clang++ with libFuzzer: every fuzz target for a moment'
     'arm|200|32-bit ARM: build the library and its recorder tests, run them under qemu-arm'
     'threads|60|ThreadSanitizer over library and host platform: threads that query and write at once'
     'coverage|40|the lines and branches of the library that its unit tests run'
@@ -32,7 +33,7 @@ need_stage_packages() {
     for stage in "$@"; do
         case $stage in
             checks) wanted+=('clang-format:clang-format' 'mandoc:mandoc' 'systemd-analyze:systemd') ;;
-            sanitizers)
+            sanitizers | fuzz)
                 wanted+=('clang++:clang'
                     '/usr/lib/llvm-*/lib/clang/*/lib/linux/libclang_rt.asan-*.a:libclang-rt-14-dev')
                 ;;
@@ -69,6 +70,7 @@ sanitized() { # <preset>
 stage_gcc() { build_and_test release; }
 stage_sanitizers() { sanitized sanitizers; }
 stage_arm() { build_and_test arm; }
+stage_fuzz() { "$PROJECT_ROOT/scripts/fuzz" "${FUZZ_SECONDS:-3}"; }
 stage_checks() { configure release && run_ctest release -L '^checks$'; }
 stage_debug() { configure debug && build debug vekdb_pwrmgt abi_globals && run_ctest debug -L '^abi$'; }
 
@@ -101,7 +103,7 @@ stage_size() {
         "arm=$PROJECT_ROOT/build/arm=arm-linux-gnueabihf-"
 }
 
-is_testless() { [[ " coverage tidy size mutation valgrind packages packages-arm reproducible " == *" $1 "* ]]; }
+is_testless() { [[ " coverage tidy size mutation valgrind packages packages-arm reproducible fuzz " == *" $1 "* ]]; }
 
 # run_stages <stage>...: runs them, keeps each one's output in build/logs, prints the table and the closing line.
 # Returns 1 when a stage failed.
