@@ -13,6 +13,7 @@
 #include <array>
 #include <cerrno>
 #include <chrono>
+#include <cstdint>
 #include <system_error>
 
 #include "timeout.h"
@@ -75,7 +76,8 @@ bool Device::readable_before(Clock::time_point until) const {
     pollfd waiting{fd_, POLLIN, 0};
     while (true) {
         const auto left = std::chrono::ceil<std::chrono::milliseconds>(until - Clock::now());
-        const int found = poll(&waiting, 1, static_cast<int>(std::max<long>(left.count(), 0)));
+        const int found =
+            poll(&waiting, 1, static_cast<int>(std::max<std::int64_t>(left.count(), 0)));
         if (found > 0) return (waiting.revents & POLLIN) != 0;
         if (found == 0 || errno != EINTR) return false;
     }
