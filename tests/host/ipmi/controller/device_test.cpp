@@ -27,6 +27,11 @@ protected:
         kernel.answer = std::move(answer);
     }
 
+    // The support gate looks into the database.
+    TempFile place_;
+    EnvironmentVariable state_{"VEKDB_STATE_DIR", place_.directory() + "/state"};
+    EnvironmentVariable runtime_{"VEKDB_RUNTIME_DIR", place_.directory() + "/run"};
+    EnvironmentVariable platform_{"VEKDB_PLATFORM"};
     EnvironmentVariable setting_{"VEKDB_IPMI", "/dev/ipmi0"};
     EnvironmentVariable timeout_{"VEKDB_IPMI_TIMEOUT_MS", "20000"};
 };

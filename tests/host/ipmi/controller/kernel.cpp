@@ -94,18 +94,34 @@ int give_answer(ipmi_recv& received) {
     return length < answer.bytes.size() ? (errno = EMSGSIZE, -1) : 0;
 }
 
-}  // namespace
-
-extern "C" int open(const char* path, int flags, ...) {
+int open_path(const char* path, int flags, va_list arguments) {
     if (std::string_view(path).starts_with("/dev/ipmi")) {
         if (std::string_view(path) != "/dev/ipmi0") return errno = ENOENT, -1;
         return open_device();
     }
+    const mode_t mode = (flags & (O_CREAT | O_TMPFILE)) != 0 ? va_arg(arguments, mode_t) : 0;
+    return static_cast<int>(syscall(SYS_openat, AT_FDCWD, path, flags, mode));
+}
+
+}  // namespace
+
+// A program's open() is one of these two, as its settings for large files are.
+extern "C" int stand_in_for_open(const char* path, int flags, ...) __asm__("open");
+extern "C" int stand_in_for_open64(const char* path, int flags, ...) __asm__("open64");
+
+extern "C" int stand_in_for_open(const char* path, int flags, ...) {
     va_list arguments;
     va_start(arguments, flags);
-    const mode_t mode = (flags & (O_CREAT | O_TMPFILE)) != 0 ? va_arg(arguments, mode_t) : 0;
+    const int opened = open_path(path, flags, arguments);
     va_end(arguments);
-    return static_cast<int>(syscall(SYS_openat, AT_FDCWD, path, flags, mode));
+    return opened;
+}
+extern "C" int stand_in_for_open64(const char* path, int flags, ...) {
+    va_list arguments;
+    va_start(arguments, flags);
+    const int opened = open_path(path, flags, arguments);
+    va_end(arguments);
+    return opened;
 }
 
 extern "C" int ioctl(int fd, unsigned long request, ...) noexcept {
