@@ -96,7 +96,7 @@ class Metrics(unittest.TestCase):
         state = self.runtime / "ipmi-sim.json"
         before = state.read_bytes()
 
-        subprocess.run([os.environ["PWRMGTCTL"], "realtime", "--live"], env=self.environment, capture_output=True,
+        subprocess.run([os.environ["PWRMGTCTL"], "power", "realtime", "--live"], env=self.environment, capture_output=True,
                        timeout=120, stdin=subprocess.DEVNULL, check=False)
 
         self.assertNotEqual(before, state.read_bytes())
