@@ -122,6 +122,7 @@ std::string frame_of(const Plot& plot, const PlotDevice& device) {
 class Elements {
 public:
     void add(const std::string& element) { text_ += (text_.empty() ? "" : ", \\\n  ") + element; }
+    [[nodiscard]] bool empty() const { return text_.empty(); }
     [[nodiscard]] std::string text() const { return "plot " + text_ + '\n'; }
 
 private:
@@ -229,7 +230,7 @@ std::string plot_script(const Plot& plot, const PlotDevice& device) {
     std::string frame = frame_of(plot, device);
     Elements elements;
     add_series(plot, device, data, elements);
-    if (elements.text() == Elements().text()) {
+    if (elements.empty()) {
         // The program draws no axes without an element.
         data += data_block("nothing", std::to_string(plot.start_s) + " NaN\n");
         elements.add("$nothing using 1:2 with lines notitle");
