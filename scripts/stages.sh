@@ -28,6 +28,7 @@ need_stage_packages() {
         '/usr/include/gtest/gtest.h:libgtest-dev'
         '/usr/include/gmock/gmock.h:libgmock-dev' '/usr/lib/*/faketime/libfaketime.so.1:libfaketime'
         '/usr/lib/python3/dist-packages/prometheus_client/parser.py:python3-prometheus-client'
+        '/usr/lib/python3/dist-packages/jsonschema/validators.py:python3-jsonschema'
         'gnuplot:gnuplot-nox' 'ipmi_sim:openipmi')
     local stage
     for stage in "$@"; do

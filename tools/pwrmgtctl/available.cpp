@@ -24,7 +24,7 @@ Outcome show(const CommonOptions& options) {
     add_fields(body, fields);
     return succeed(answer_document(
         {"power.available/1", Origin::persistent_tables,
-         "Power that the system may draw; age not recorded", asked_at_s, done.query_ms},
+         "Power that the system may draw; age not known", asked_at_s, done.query_ms},
         options, fields_table("Power", fields), body));
 }
 

@@ -192,7 +192,7 @@ void add_limits(CLI::App& command, Options& options) {
     command
         .add_option("--skip", options.skip,
                     "Leave out a part: supplies, redundancy, draw or age; may be repeated")
-        ->check(CLI::IsMember({"supplies", "redundancy", "draw", "age"}).description(""))
+        ->check(one_of({"supplies", "redundancy", "draw", "age"}))
         ->type_name("PART")
         ->expected(1)
         ->take_all();

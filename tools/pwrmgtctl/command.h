@@ -151,6 +151,9 @@ void add_metrics(CLI::App& app, Action& chosen);
 // A command line that `check` cannot follow: told the way a monitoring plugin tells it.
 Outcome check_mistake(const std::string& words);
 
+// Adds all of them.
+void add_commands(CLI::App& app, Action& chosen);
+
 // What was asked for: help, a mistake, or a command's work.
 Action parse(int argc, const char* const* argv);
 

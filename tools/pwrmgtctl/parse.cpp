@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "command.h"
+#include "completion.h"
 
 namespace pwrmgt::pwrmgtctl {
 namespace {
@@ -54,11 +55,41 @@ Outcome parse_outcome(const CLI::App& app, const CLI::ParseError& error) {
     return succeed(std::move(text));
 }
 
+// Options tell what they need; what they exclude is left to the error, which names it.
+class HelpFormatter : public CLI::Formatter {
+public:
+    std::string make_option_opts(const CLI::Option* option) const override {
+        std::string text;
+        if (option->get_type_size() != 0) {
+            if (option->nonpositional() && !option->get_type_name().empty()) {
+                text += ' ' + option->get_type_name();
+            }
+            if (!option->get_default_str().empty()) text += " (" + option->get_default_str() + ')';
+            if (option->get_required()) text += " REQUIRED";
+        }
+        for (const CLI::Option* needed : option->get_needs()) {
+            text += " with " + needed->get_name();
+        }
+        return text;
+    }
+};
+
 CLI::App& add_family(CLI::App& app, const char* noun, const char* description) {
     CLI::App* family = app.add_subcommand(noun, description);
     family->require_subcommand(1);
     return *family;
 }
+
+// Not in the help: what a package is made with.
+void add_completion(CLI::App& app, Action& chosen) {
+    CLI::App* family = app.add_subcommand("completion", "Completion of shells");
+    family->group("")->require_subcommand(1);
+    family->add_subcommand("bash", "The script for bash")->callback([&app, &chosen] {
+        chosen = [text = bash_completion(completion_tree(app))] { return succeed(text); };
+    });
+}
+
+}  // namespace
 
 void add_commands(CLI::App& app, Action& chosen) {
     CLI::App& power = add_family(app, "power", "Power of the system, the processors, the memory");
@@ -93,15 +124,15 @@ void add_commands(CLI::App& app, Action& chosen) {
     add_store(store, chosen);
     add_check(app, chosen);
     add_metrics(app, chosen);
+    add_completion(app, chosen);
 }
-
-}  // namespace
 
 Action parse(int argc, const char* const* argv) {
     CLI::App app(kDescription, "pwrmgtctl");
     Action chosen;
     app.set_version_flag("--version", "pwrmgtctl " PWRMGTCTL_VERSION);
     app.require_subcommand(1);
+    app.formatter(std::make_shared<HelpFormatter>());
     add_commands(app, chosen);
     app.footer(kFooter);  // last: a family made after it would inherit it
     try {

@@ -101,7 +101,7 @@ Outcome show_list(const Options& options) {
     if (done.status != 0 && done.status != kNoneUsable) return explain(Call::psus, done.status, "");
     const std::string title = "Supplies: " + std::to_string(psus.psu_count) + " bays, " +
                               std::to_string(psus.present_count) + " present, " +
-                              std::to_string(psus.healthy_count) + " healthy; age not recorded";
+                              std::to_string(psus.healthy_count) + " healthy; age not known";
     const std::string none =
         done.status == kNoneUsable ? "No supply is present, or none is healthy (status 17).\n" : "";
     return succeed(
@@ -138,8 +138,8 @@ Outcome show_voltage(const Options& options) {
     body["high_v"] = high;
     return succeed(answer_document(
         {"psu.voltage/1", Origin::working_tables,
-         "Input voltage of supply " + std::to_string(options.bay) + "; age not recorded",
-         asked_at_s, done.query_ms},
+         "Input voltage of supply " + std::to_string(options.bay) + "; age not known", asked_at_s,
+         done.query_ms},
         options, table.text(), body));
 }
 

@@ -138,6 +138,19 @@ void collect_caps(Collected& all) {
     }
 }
 
+const Setting* find(const std::string& name) {
+    const auto* found = std::find_if(kSettings.begin(), kSettings.end(),
+                                     [&](const Setting& row) { return row.name == name; });
+    return found == kSettings.end() ? nullptr : found;
+}
+
+// All of them together are told as the policy's: most are.
+Origin origin_of(const std::string& name) {
+    if (name == kCaps) return Origin::firmware;
+    const Setting* setting = find(name);
+    return setting == nullptr ? Origin::persistent_tables : setting->origin;
+}
+
 Outcome show(const Options& options) {
     const int64_t asked_at_s = std::time(nullptr);
     Collected all;
@@ -149,7 +162,7 @@ Outcome show(const Options& options) {
         return 0U;
     });
     if (!all.body.contains("errors")) all.body["errors"] = Json::array();
-    const Answer answer{"settings.get/1", Origin::persistent_tables,
+    const Answer answer{"settings.get/1", origin_of(options.name),
                         "Settings of the policy and of the firmware", asked_at_s, done.query_ms};
     Outcome outcome = all.first_failure;
     // One setting alone that cannot be told is no document.
@@ -159,9 +172,7 @@ Outcome show(const Options& options) {
 }
 
 Outcome change(const Options& options) {
-    const auto* setting = std::find_if(kSettings.begin(), kSettings.end(), [&](const Setting& row) {
-        return row.name == options.name;
-    });
+    const Setting* setting = find(options.name);  // the parser accepts these names only
     if (options.value > setting->highest) {
         return fail(Exit::usage, options.name + " takes 0 to " + std::to_string(setting->highest));
     }

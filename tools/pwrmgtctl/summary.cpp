@@ -65,7 +65,7 @@ std::string document_of(const Options& options, Answer answer,
     const uint32_t period_s = static_cast<uint32_t>(options.minutes) * 60;
     answer.title += ", last " + span_text(period_s) + " up to " +
                     time_text(answer.asked_at_s, options.local ? Zone::local : Zone::utc) +
-                    (age ? "; newest reading " + age_words(*age) : "; age not told");
+                    (age ? "; newest reading " + age_words(*age) : "; age not known");
     std::string text = fields_table("Reading", fields);
     Json body;
     if (options.psu != 0) {

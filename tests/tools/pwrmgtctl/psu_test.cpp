@@ -37,8 +37,7 @@ TEST_F(Psu, ListShowsAllTwelveBays) {
     EXPECT_EQ(run.exit, 0);
     EXPECT_EQ(run.err, "");
     EXPECT_EQ(run.out,
-              "Supplies: 4 bays, 3 present, 1 healthy; age not recorded; database " +
-                  working_file() +
+              "Supplies: 4 bays, 3 present, 1 healthy; age not known; database " + working_file() +
                   "\n"
                   "Bay   Supply  Input  Health  Voltage class  Input label W  Output label W\n"
                   "1    present   good    good              0            800             750\n"
@@ -116,7 +115,7 @@ TEST_F(Psu, VoltageShowsTheRange) {
     const json document = json_of({"psu", "voltage", "2", "--json"});
 
     EXPECT_EQ(text.exit, 0);
-    EXPECT_EQ(text.out, "Input voltage of supply 1; age not recorded; database " + working_file() +
+    EXPECT_EQ(text.out, "Input voltage of supply 1; age not known; database " + working_file() +
                             "\n"
                             "Input voltage  Value\n"
                             "Kind              AC\n"

@@ -163,7 +163,7 @@ TEST_F(Redundancy, AvailablePowerIsTheSupplies) {
     const json document = json_here({"power", "available", "--json"});
 
     EXPECT_EQ(text.exit, 0) << text.err;
-    EXPECT_EQ(text.out, "Power that the system may draw; age not recorded; database " +
+    EXPECT_EQ(text.out, "Power that the system may draw; age not known; database " +
                             persistent_file() +
                             "\n"
                             "Power         Value\n"

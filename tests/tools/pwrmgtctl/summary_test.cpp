@@ -59,7 +59,7 @@ TEST_F(Summary, SupplySaysUpToWhichPowerItsMeanIsRight) {
     const Finished run = tool({"psu", "summary", "3", "--minutes", "60"});
 
     EXPECT_EQ(run.out,
-              "Power of supply 3, last 1 h up to 2023-11-14T22:13:30Z; age not told; database " +
+              "Power of supply 3, last 1 h up to 2023-11-14T22:13:30Z; age not known; database " +
                   working_file() +
                   "\n"
                   "Reading            Value\n"

@@ -112,12 +112,13 @@ void freeze_clock(std::time_t clock_s) {
         set_variable(assignment);
     }
     if (launch.clock_s) freeze_clock(*launch.clock_s);
-    std::vector<char*> arguments{const_cast<char*>("pwrmgtctl")};
+    const char* program = launch.program == nullptr ? PWRMGTCTL_PATH : launch.program;
+    std::vector<char*> arguments{const_cast<char*>(program)};
     for (const std::string& argument : launch.arguments) {
         arguments.push_back(const_cast<char*>(argument.c_str()));
     }
     arguments.push_back(nullptr);
-    execv(launch.program == nullptr ? PWRMGTCTL_PATH : launch.program, arguments.data());
+    execv(program, arguments.data());
     _exit(127);
 }
 

@@ -41,7 +41,7 @@ PACKAGES =+ "${PN}-host ${PN}-ipmi ${PN}-tools"
 FILES:${PN} = "${libdir}/libvekdb_pwrmgt.so.*"
 FILES:${PN}-host = "${libdir}/libipmiraw.so.* ${libdir}/libvekdb_client.so.* ${libdir}/libvekdb_platform.so.* ${libdir}/libvekdb_prop.so.*"
 FILES:${PN}-ipmi = "${libdir}/libipmiraw_openipmi.so"
-FILES:${PN}-tools = "${bindir} ${sysconfdir} ${systemd_system_unitdir} ${nonarch_libdir}/sysusers.d ${nonarch_libdir}/tmpfiles.d"
+FILES:${PN}-tools = "${bindir} ${datadir}/bash-completion ${datadir}/pwrmgtctl ${sysconfdir} ${systemd_system_unitdir} ${nonarch_libdir}/sysusers.d ${nonarch_libdir}/tmpfiles.d"
 FILES:${PN}-dev += "${libdir}/cmake"
 RDEPENDS:${PN}-ptest += "${PN}"
 # A module, loaded by its name: it has no version.
