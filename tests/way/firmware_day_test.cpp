@@ -151,8 +151,9 @@ TEST_F(FirmwareDay, EverySlotHoldsWhatTheTraceSays) {
 
 // Half an hour each, two hours apart. What comes in between is as without them.
 const std::vector<std::pair<int, const char*>> kFaults{
-    {2, "busy"},  {4, "no-answer"}, {6, "short"},     {8, "long"},
-    {10, "late"}, {12, "short:1"},  {14, "long:256"}, {16, "completion:0xCB"},
+    {2, "busy"},     {4, "no-answer"}, {6, "short"},     {8, "long"},
+    {10, "late"},    {12, "short:1"},  {14, "long:256"}, {16, "completion:0xCB"},
+    {18, "garbage"},
 };
 
 TEST_F(FirmwareDay, WhatTheFirmwareFailsToTellIsMissingAndNothingElseIs) {

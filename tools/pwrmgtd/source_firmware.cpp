@@ -15,13 +15,22 @@ Percent percent(std::uint8_t answered) {
     return answered;
 }
 
+// An answer with a percentage that cannot be is none, whatever else stands in it.
+bool credible(const pwrmgt_realtime_pwr_t& answer) {
+    for (const std::uint8_t told :
+         {answer.sys_pct, answer.cpu_pct, answer.mem_pct, answer.io_pct}) {
+        if (told > 100 && told != PWRMGT_NO_PERCENT) return false;
+    }
+    return true;
+}
+
 }  // namespace
 
 Reading FirmwareSource::read(std::int64_t) {
     pwrmgt_realtime_pwr_t answer{};
     const std::uint32_t status = pwrmgt_get_realtime_powers(&answer);
     note_status(log_, "pwrmgt_get_realtime_powers", status);
-    if (status != 0) return {};
+    if (status != 0 || !credible(answer)) return {};
     Reading reading;
     reading.sys_ac_w = watts(answer.sys_ac_w);
     reading.sys_dc_w = watts(answer.sys_dc_w);
