@@ -5,7 +5,6 @@
 #include <pthread.h>
 
 #include <atomic>
-#include <mutex>
 
 namespace pwrmgt::vekdb {
 
@@ -14,7 +13,6 @@ namespace {
 // A waiting fork goes before new operations.
 pthread_rwlock_t gate = PTHREAD_RWLOCK_WRITER_NONRECURSIVE_INITIALIZER_NP;
 std::atomic<void (*)()> child_action{nullptr};
-std::once_flag watching;
 
 void before_fork() {
     pthread_rwlock_wrlock(&gate);
@@ -30,6 +28,10 @@ void after_fork_in_child() {
     if (void (*action)() = child_action.load(); action != nullptr) action();
 }
 
+// From the start: a fork may come in the middle of the very first operation.
+[[maybe_unused]] const int watching =
+    pthread_atfork(before_fork, after_fork_in_parent, after_fork_in_child);
+
 }  // namespace
 
 Operation::Operation() noexcept {
@@ -44,8 +46,6 @@ Operation::~Operation() {
 
 void watch_forks(void (*in_child)()) noexcept {
     child_action.store(in_child);
-    std::call_once(watching,
-                   [] { pthread_atfork(before_fork, after_fork_in_parent, after_fork_in_child); });
 }
 
 }  // namespace pwrmgt::vekdb
