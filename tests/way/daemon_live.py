@@ -67,7 +67,9 @@ class Live(WayTest):
         self.assertEqual(daemon.end(), 0, daemon.said)
 
         self.assertTrue(self.rows("HistPowers24Hr"))
-        self.assertIsNotNone(self.ctl("power", "realtime", clock=START + 3600)["timestamp_s"])
+        shown = self.ctl("power", "realtime", clock=START + 3600, exit_code=5)
+        self.assertTrue(shown["stale"])
+        self.assertIsNotNone(shown["timestamp_s"])
 
     def test_what_was_saved_outlives_a_kill(self):
         # The next save is seconds away when the kill comes.
@@ -144,7 +146,8 @@ class Live(WayTest):
                 run = subprocess.run([CTL, *arguments], env=self.environment(newest + 30), capture_output=True, text=True,
                                      stdin=subprocess.DEVNULL, check=False)
                 rounds[number] += 1
-                if run.returncode != 0 or not run.stdout:
+                # The daemon's clock runs away from the reader's, to which a reading may look stale (5).
+                if run.returncode not in (0, 5) or not run.stdout:
                     failures.append((arguments, run.returncode, run.stderr))
 
         readers = [threading.Thread(target=read, args=(0, ("power", "history", "--period", "24h", "--json"))),

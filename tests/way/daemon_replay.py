@@ -30,7 +30,7 @@ class Replay(WayTest):
     def assert_shown(self, rows, queries, periods):
         for arguments, fold_entry in queries:
             for period in periods:
-                shown = self.ctl("history", *arguments, "--period", period, clock=UNTIL)["entries"]
+                shown = self.ctl(arguments[0], "history", *arguments[1:], "--period", period, clock=UNTIL)["entries"]
                 for entry in shown:
                     del entry["time_utc"]
                 self.assertEqual(shown, fold(rows, UNTIL, period, fold_entry), f"{arguments} {period}")

@@ -14,7 +14,7 @@ TRACE = str(DATA / "server_4socket_24h_60s.csv")
 SPEED = 3000
 DAY_SLOTS = 2880
 LOOKS = 24
-READERS = (("history", "power", "--period", "24h"), ("history", "psu", "1"), ("thermal", "history"), ("realtime",))
+READERS = (("power", "history", "--period", "24h"), ("psu", "history", "1"), ("thermal", "history"), ("psu", "list"))
 MEMORY_SLACK_KB = 1024
 FILE_SLACK = 256 * 1024
 

@@ -81,10 +81,10 @@ class WayTest(unittest.TestCase):
         self.addCleanup(running.dispose)
         return running
 
-    def ctl(self, *arguments, clock):
+    def ctl(self, *arguments, clock, exit_code=0):
         run = subprocess.run([CTL, *arguments, "--json"], env=self.environment(clock), capture_output=True, text=True,
                              timeout=120, stdin=subprocess.DEVNULL)
-        self.assertEqual(run.returncode, 0, f"{arguments}: {run.stderr}")
+        self.assertEqual(run.returncode, exit_code, f"{arguments}: {run.stderr}")
         return json.loads(run.stdout)
 
     def ctl_refused(self, exit_code, *arguments, clock):

@@ -22,7 +22,8 @@ class Windows(WayTest):
         self.daemon_once("--replay", str(file), "--until", str(until), clock=until)
 
     def window(self, *arguments, end, minutes, samples, clock=UNTIL):
-        shown = self.ctl("history", *arguments, "--end", str(end), "--minutes", str(minutes), "--samples-per-entry",
+        noun, *rest = arguments
+        shown = self.ctl(noun, "history", *rest, "--end", str(end), "--minutes", str(minutes), "--samples-per-entry",
                          str(samples), clock=clock)["entries"]
         for entry in shown:
             del entry["time_utc"]
