@@ -59,7 +59,8 @@ run_quietly() {
 need_build_packages() {
     need_packages g++:g++ cmake:cmake ninja:ninja-build ccache:ccache \
         '/usr/include/sqlite3.h:libsqlite3-dev' '/usr/include/CLI/CLI.hpp:libcli11-dev' \
-        '/usr/include/nlohmann/json.hpp:nlohmann-json3-dev' '/usr/include/OpenIPMI/ipmi_lan.h:libopenipmi-dev'
+        '/usr/include/nlohmann/json.hpp:nlohmann-json3-dev' '/usr/include/OpenIPMI/ipmi_lan.h:libopenipmi-dev' \
+        '/usr/include/mariadb/mysql.h:libmariadb-dev'
 }
 
 # The compiler cache is kept in the home directory, or with the builds for a user who has none.

@@ -27,7 +27,7 @@ need_stage_packages() {
         '/usr/include/gmock/gmock.h:libgmock-dev' '/usr/lib/*/faketime/libfaketime.so.1:libfaketime'
         '/usr/lib/python3/dist-packages/prometheus_client/parser.py:python3-prometheus-client'
         '/usr/lib/python3/dist-packages/jsonschema/validators.py:python3-jsonschema'
-        'gnuplot:gnuplot-nox' 'ipmi_sim:openipmi')
+        'gnuplot:gnuplot-nox' 'ipmi_sim:openipmi' '/usr/sbin/mariadbd:mariadb-server-core')
     local stage
     for stage in "$@"; do
         case $stage in

@@ -50,4 +50,8 @@ public:
 // A connection to the database that the environment names; null with the reason in `why`.
 std::unique_ptr<BackendConnection> connect_backend(std::string& why);
 
+// The engines behind it.
+std::unique_ptr<BackendConnection> connect_sqlite(std::string& why);
+std::unique_ptr<BackendConnection> connect_server(const std::string& server, std::string& why);
+
 }  // namespace pwrmgt::vekdb

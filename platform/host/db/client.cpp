@@ -20,6 +20,8 @@ namespace {
 
 // Holds any select that the library makes.
 constexpr std::size_t kTextSize = 512;
+// An offset stands behind a limit only; every engine takes this one.
+constexpr const char* kNoLimit = "9223372036854775807";
 
 bool given(const char* text) {
     return text != nullptr && *text != '\0';
@@ -126,7 +128,7 @@ int vek_db_query(uint32_t conn, const char* table, const char* const* columns, i
         append_filter(text, where);
         if (given(order)) text.append(" ORDER BY ").append(order);
         if (limit != 0 || offset != 0)
-            text.append(" LIMIT ").append(std::to_string(limit == 0 ? -1 : limit));
+            text.append(" LIMIT ").append(limit == 0 ? kNoLimit : std::to_string(limit));
         if (offset != 0) text.append(" OFFSET ").append(std::to_string(offset));
         const Template statement = take_literals_from(text, names_end);
         return run_for_result(*lease, statement.text, statement.values, *result);

@@ -11,64 +11,43 @@ namespace pwrmgt::vekdb {
 namespace {
 
 // clang-format off
-#define VEKDB_HIST_COLUMNS \
-    "_id INTEGER, Timestamp INTEGER," \
-    "SysAvgDc INTEGER, SysMaxDc INTEGER, SysMinDc INTEGER, SysAvgAc INTEGER, SysMaxAc INTEGER, SysMinAc INTEGER," \
-    "CpuAvgPwr INTEGER, CpuMaxPwr INTEGER, CpuMinPwr INTEGER, MemAvgPwr INTEGER, MemMaxPwr INTEGER, MemMinPwr INTEGER," \
-    "Ps1AvgAc INTEGER, Ps1AvgDc INTEGER, Ps2AvgAc INTEGER, Ps2AvgDc INTEGER," \
-    "Ps3AvgAc INTEGER, Ps3AvgDc INTEGER, Ps4AvgAc INTEGER, Ps4AvgDc INTEGER," \
-    "SysAvgPtg INTEGER, SysMaxPtg INTEGER, SysMinPtg INTEGER, CpuAvgPtg INTEGER, MemAvgPtg INTEGER, IOAvgPtg INTEGER,"
-#define VEKDB_EXTRA_COLUMNS \
-    "_id INTEGER, Timestamp INTEGER," \
-    "Ps5AvgAc INTEGER, Ps5AvgDc INTEGER, Ps6AvgAc INTEGER, Ps6AvgDc INTEGER," \
-    "Ps7AvgAc INTEGER, Ps7AvgDc INTEGER, Ps8AvgAc INTEGER, Ps8AvgDc INTEGER," \
-    "Ps9AvgAc INTEGER, Ps9AvgDc INTEGER, Ps10AvgAc INTEGER, Ps10AvgDc INTEGER," \
-    "Ps11AvgAc INTEGER, Ps11AvgDc INTEGER, Ps12AvgAc INTEGER, Ps12AvgDc INTEGER,"
-#define VEKDB_THERMAL_COLUMNS "Timestamp INTEGER, Type INTEGER, InstNum INTEGER, Value INTEGER"
-// A row equal in slot and time replaces the stored one. The working tables lie in the order of time, as
-// they are read; the persistent ones in the order of slots, as they are saved (a tenth of the bytes).
-#define VEKDB_BY_TIME "PRIMARY KEY (Timestamp, _id) ON CONFLICT REPLACE) WITHOUT ROWID;"
-#define VEKDB_BY_SLOT "PRIMARY KEY (_id, Timestamp) ON CONFLICT REPLACE) WITHOUT ROWID;"
+constexpr std::string_view kHistColumns =
+    "_id,Timestamp,SysAvgDc,SysMaxDc,SysMinDc,SysAvgAc,SysMaxAc,SysMinAc,"
+    "CpuAvgPwr,CpuMaxPwr,CpuMinPwr,MemAvgPwr,MemMaxPwr,MemMinPwr,"
+    "Ps1AvgAc,Ps1AvgDc,Ps2AvgAc,Ps2AvgDc,Ps3AvgAc,Ps3AvgDc,Ps4AvgAc,Ps4AvgDc,"
+    "SysAvgPtg,SysMaxPtg,SysMinPtg,CpuAvgPtg,MemAvgPtg,IOAvgPtg";
+constexpr std::string_view kExtraColumns =
+    "_id,Timestamp,Ps5AvgAc,Ps5AvgDc,Ps6AvgAc,Ps6AvgDc,Ps7AvgAc,Ps7AvgDc,Ps8AvgAc,Ps8AvgDc,"
+    "Ps9AvgAc,Ps9AvgDc,Ps10AvgAc,Ps10AvgDc,Ps11AvgAc,Ps11AvgDc,Ps12AvgAc,Ps12AvgDc";
+constexpr std::string_view kThermalColumns = "Timestamp,Type,InstNum,Value";
+// The working tables lie in the order of time, as they are read; the persistent ones in the order of slots, as they are
+// saved (a tenth of the bytes).
+constexpr std::string_view kByTime = "Timestamp,_id";
+constexpr std::string_view kBySlot = "_id,Timestamp";
+constexpr TableIndex kSlot{"Slot", "_id"};
+constexpr TableIndex kTime{"Time", "Timestamp"};
+constexpr TableIndex kSensor{"Sensor", "Type,InstNum,Timestamp"};
+constexpr TableIndex kNone{};
 
-constexpr const char* kMemorySchema =
-    "CREATE TABLE HistPowers24HrMem (" VEKDB_HIST_COLUMNS VEKDB_BY_TIME
-    "CREATE INDEX HistPowers24HrMemSlot ON HistPowers24HrMem (_id);"
-    "CREATE TABLE HistExtraPowers24HrMem (" VEKDB_EXTRA_COLUMNS VEKDB_BY_TIME
-    "CREATE INDEX HistExtraPowers24HrMemSlot ON HistExtraPowers24HrMem (_id);"
-    "CREATE TABLE HistCpuPowersMem (_id INTEGER, Timestamp INTEGER,"
-    "Cpu1AvgPwr INTEGER, Cpu2AvgPwr INTEGER, Cpu3AvgPwr INTEGER, Cpu4AvgPwr INTEGER,"
-    "Cpu5AvgPwr INTEGER, Cpu6AvgPwr INTEGER, Cpu7AvgPwr INTEGER, Cpu8AvgPwr INTEGER," VEKDB_BY_TIME
-    "CREATE TABLE RealTimePowersMem (_id INTEGER, Timestamp INTEGER,"
-    "SysPwrAc INTEGER, SysPwrDc INTEGER, CpuPwrDc INTEGER, MemPwrDc INTEGER,"
-    "SysPctg INTEGER, CpuPctg INTEGER, MemPctg INTEGER, IOPctg INTEGER);"
-    "CREATE TABLE PsuPropertyMem (PsuId INTEGER, Present INTEGER, InputAcLost INTEGER, PsuFault INTEGER,"
-    "InputVoltage INTEGER, InputLablePower INTEGER, OutputLablePower INTEGER);"
-    // The thermal tables keep equal rows, so they have a row number of their own that `*` does not show.
-    "CREATE TABLE HistThermal24HrMem (" VEKDB_THERMAL_COLUMNS ");"
-    "CREATE INDEX HistThermal24HrMemSensor ON HistThermal24HrMem (Type, InstNum, Timestamp);"
-    "CREATE INDEX HistThermal24HrMemTime ON HistThermal24HrMem (Timestamp);"
-    "CREATE TABLE RealTimeThermalMem (" VEKDB_THERMAL_COLUMNS ");";
-
-constexpr const char* kPersistentSchema =
-    "CREATE TABLE HistPowers24Hr (" VEKDB_HIST_COLUMNS VEKDB_BY_SLOT
-    "CREATE TABLE HistExtraPowers24Hr (" VEKDB_EXTRA_COLUMNS VEKDB_BY_SLOT
-    "CREATE TABLE PowerPolicy (_id INTEGER, IsBlade INTEGER, RedunMode INTEGER, MaximStatus INTEGER,"
-    "CapEnable INTEGER, CapMode INTEGER, CapValue INTEGER,"
-    "CapSoftAc INTEGER, CapMinAc INTEGER, CapMaxAc INTEGER, CapSoftDc INTEGER, CapMinDc INTEGER, CapMaxDc INTEGER,"
-    "UnstressAdapterPwr INTEGER, UnstressFanPwr INTEGER, UnstressHddPwr INTEGER);"
-    "CREATE TABLE HistThermal24Hr (" VEKDB_THERMAL_COLUMNS ");"
-    "CREATE INDEX HistThermal24HrTime ON HistThermal24Hr (Timestamp);";
-
-#undef VEKDB_BY_SLOT
-#undef VEKDB_BY_TIME
-#undef VEKDB_THERMAL_COLUMNS
-#undef VEKDB_EXTRA_COLUMNS
-#undef VEKDB_HIST_COLUMNS
-
-constexpr std::array<const char*, 11> kTables{
-    "HistPowers24HrMem", "HistPowers24Hr", "HistExtraPowers24HrMem", "HistExtraPowers24Hr", "HistCpuPowersMem",
-    "RealTimePowersMem", "PowerPolicy", "PsuPropertyMem", "HistThermal24HrMem", "HistThermal24Hr", "RealTimeThermalMem",
-};
+constexpr std::array<TableShape, 11> kTables{{
+    {"HistPowers24HrMem", Store::memory, kHistColumns, kByTime, {kSlot, kNone}},
+    {"HistPowers24Hr", Store::persistent, kHistColumns, kBySlot, {}},
+    {"HistExtraPowers24HrMem", Store::memory, kExtraColumns, kByTime, {kSlot, kNone}},
+    {"HistExtraPowers24Hr", Store::persistent, kExtraColumns, kBySlot, {}},
+    {"HistCpuPowersMem", Store::memory,
+     "_id,Timestamp,Cpu1AvgPwr,Cpu2AvgPwr,Cpu3AvgPwr,Cpu4AvgPwr,Cpu5AvgPwr,Cpu6AvgPwr,Cpu7AvgPwr,Cpu8AvgPwr",
+     kByTime, {}},
+    {"RealTimePowersMem", Store::memory,
+     "_id,Timestamp,SysPwrAc,SysPwrDc,CpuPwrDc,MemPwrDc,SysPctg,CpuPctg,MemPctg,IOPctg", "", {}},
+    {"PowerPolicy", Store::persistent,
+     "_id,IsBlade,RedunMode,MaximStatus,CapEnable,CapMode,CapValue,CapSoftAc,CapMinAc,CapMaxAc,"
+     "CapSoftDc,CapMinDc,CapMaxDc,UnstressAdapterPwr,UnstressFanPwr,UnstressHddPwr", "", {}},
+    {"PsuPropertyMem", Store::memory,
+     "PsuId,Present,InputAcLost,PsuFault,InputVoltage,InputLablePower,OutputLablePower", "", {}},
+    {"HistThermal24HrMem", Store::memory, kThermalColumns, "", {kSensor, kTime}},
+    {"HistThermal24Hr", Store::persistent, kThermalColumns, "", {kTime, kNone}},
+    {"RealTimeThermalMem", Store::memory, kThermalColumns, "", {}},
+}};
 
 constexpr std::array<std::string_view, 85> kColumns{
     "CapEnable", "CapMaxAc", "CapMaxDc", "CapMinAc", "CapMinDc", "CapMode", "CapSoftAc", "CapSoftDc",
@@ -114,13 +93,31 @@ constexpr auto kNumbers = [] {
 
 }  // namespace
 
-const char* schema_of(Store store) noexcept {
-    return store == Store::memory ? kMemorySchema : kPersistentSchema;
+std::span<const TableShape> tables() noexcept {
+    return kTables;
+}
+
+const TableShape* find_table(std::string_view name) noexcept {
+    const auto* found =
+        std::find_if(kTables.begin(), kTables.end(),
+                     [name](const TableShape& table) { return name == table.name; });
+    return found == kTables.end() ? nullptr : found;
 }
 
 const char* known_table(std::string_view name) noexcept {
-    const auto* found = std::find(kTables.begin(), kTables.end(), name);
-    return found == kTables.end() ? nullptr : *found;
+    const TableShape* found = find_table(name);
+    return found == nullptr ? nullptr : found->name;
+}
+
+std::string typed_columns(std::string_view names, std::string_view type) {
+    std::string text;
+    while (!names.empty()) {
+        const std::size_t end = std::min(names.find(','), names.size());
+        if (!text.empty()) text += ',';
+        text.append(names.substr(0, end)).append(" ").append(type);
+        names.remove_prefix(std::min(end + 1, names.size()));
+    }
+    return text;
 }
 
 std::optional<std::uint16_t> column_number(std::string_view name) noexcept {

@@ -2,16 +2,15 @@
 // Running statements on one SQLite connection, and keeping its logs short.
 #include <sqlite3.h>
 
-#include <algorithm>
 #include <array>
 #include <cstring>
 
 #include "backend.h"
 #include "literals.h"
 #include "rows.h"
-#include "schema.h"
 #include "sqlite_open.h"
 #include "statement_cache.h"
+#include "statement_kind.h"
 
 namespace pwrmgt::vekdb {
 
@@ -51,23 +50,6 @@ Outcome outcome_of(int code) {
     }
 }
 
-// "TRUNCATE TABLE x" in this engine's words; the empty text when it is no truncation of a known
-// table.
-std::string as_delete(std::string_view sql) {
-    std::array<std::string_view, 3> words;
-    std::size_t count = 0;
-    constexpr std::string_view kBlank = " \t\r\n\v\f;";
-    for (std::size_t at = sql.find_first_not_of(kBlank); at != std::string_view::npos;) {
-        if (count == words.size()) return {};
-        const std::size_t end = std::min(sql.find_first_of(kBlank, at), sql.size());
-        words[count++] = sql.substr(at, end - at);
-        at = sql.find_first_not_of(kBlank, end);
-    }
-    if (count == 3 && first_word(words[1]) != "table") return {};
-    const char* table = count < 2 ? nullptr : known_table(words[count - 1]);
-    return table == nullptr ? std::string{} : std::string{"DELETE FROM "} + table;
-}
-
 class SqliteConnection final : public BackendConnection {
 public:
     SqliteConnection(SqliteHandle db, OpenedFiles files)
@@ -81,7 +63,7 @@ public:
         if (!truncation.empty()) {
             sql = truncation;
         } else {
-            note_kind(word);
+            fit_ &= leaves_no_trace(word);
         }
         return finish(execute(sql, values, rows));
     }
@@ -95,7 +77,8 @@ public:
 
     bool current() const override {
         OpenedFiles now;
-        return !damage_suspected() && locate(choose_directories(), now) && now == files_;
+        return choose_server().empty() && !damage_suspected() &&
+               locate(choose_directories(), now) && now == files_;
     }
 
     bool disown() noexcept override {
@@ -106,19 +89,6 @@ public:
     }
 
 private:
-    // Statements that leave a trace on the connection (settings, attached files) keep it out of the
-    // pool.
-    void note_kind(std::string_view word) {
-        constexpr std::array<std::string_view, 13> kTraceless{
-            "select", "insert", "update", "delete",   "replace",   "with",    "values",
-            "begin",  "commit", "end",    "rollback", "savepoint", "release",
-        };
-        for (const std::string_view known : kTraceless) {
-            if (word == known) return;
-        }
-        fit_ = false;
-    }
-
     int execute(std::string_view sql, std::span<const std::int64_t> values, Rows* rows) {
         sqlite3_stmt* statement = nullptr;
         int code = statements_.get(db_.get(), sql, statement);
@@ -190,7 +160,7 @@ private:
 
 }  // namespace
 
-std::unique_ptr<BackendConnection> connect_backend(std::string& why) {
+std::unique_ptr<BackendConnection> connect_sqlite(std::string& why) {
     OpenedFiles files;
     SqliteHandle db = open_sqlite(files, why);
     if (!db) return nullptr;

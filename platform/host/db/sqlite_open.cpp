@@ -64,6 +64,25 @@ SqliteHandle open_file(const std::string& path, int mode, int& code) {
     return handle;
 }
 
+// The statements that create the tables of one store. The thermal tables keep equal rows, so they
+// have a row number of their own that `*` does not show.
+std::string schema_of(Store store) {
+    std::string text;
+    for (const TableShape& table : tables()) {
+        if (table.store != store) continue;
+        text.append("CREATE TABLE ").append(table.name).append(" (");
+        text += typed_columns(table.columns, "INTEGER");
+        if (!table.key.empty()) text.append(",PRIMARY KEY (").append(table.key);
+        text += table.key.empty() ? ");" : ") ON CONFLICT REPLACE) WITHOUT ROWID;";
+        for (const TableIndex& index : table.indices) {
+            if (index.suffix.empty()) continue;
+            text.append("CREATE INDEX ").append(table.name).append(index.suffix);
+            text.append(" ON ").append(table.name).append(" (").append(index.columns).append(");");
+        }
+    }
+    return text;
+}
+
 // Creates the tables where another process has not.
 int fill(sqlite3* db, Store store) {
     int code = execute(db, "PRAGMA page_size=1024; PRAGMA journal_mode=WAL");
@@ -72,8 +91,8 @@ int fill(sqlite3* db, Store store) {
     int version = 0;
     code = version_of(db, "main", version);
     if (code == SQLITE_OK && version == 0) {
-        code = execute(db, std::string{schema_of(store)} +
-                               "PRAGMA user_version=" + std::to_string(kSchemaVersion));
+        code =
+            execute(db, schema_of(store) + "PRAGMA user_version=" + std::to_string(kSchemaVersion));
     }
     const int ended = execute(db, code == SQLITE_OK ? "COMMIT" : "ROLLBACK");
     return code == SQLITE_OK ? ended : code;

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// The choice between the directories of the environment, the system and the user.
+// The choice between the directories of the environment, the system and the user; the server.
 #include "state_dir.h"
 
 #include <fcntl.h>
@@ -57,6 +57,20 @@ std::string user_runtime() {
 }
 
 }  // namespace
+
+std::string choose_server() {
+    return variable("VEKDB_SERVER");
+}
+
+std::string without_password(const std::string& server) {
+    const std::size_t scheme = server.find("://");
+    const std::size_t user = scheme == std::string::npos ? 0 : scheme + 3;
+    // Up to the last at sign: a password that is not written as it should be is not shown either.
+    const std::size_t at = server.rfind('@');
+    const std::size_t colon = server.find(':', user);
+    if (at == std::string::npos || colon > at) return server;
+    return server.substr(0, colon) + server.substr(at);
+}
 
 bool check_wanted() {
     return variable("VEKDB_CHECK") == "1";

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-// Where the database lives: two directories and the file in each. Nothing is created or opened
-// here.
+// Where the database lives: two directories and the file in each, or a server. Nothing is created
+// or opened here.
 #pragma once
 
 #include <string>
@@ -25,6 +25,13 @@ struct Directories {
 // user's own, $XDG_STATE_HOME/vekdb
 // (~/.local/state/vekdb) and $XDG_RUNTIME_DIR/vekdb (/dev/shm/vekdb-<uid>).
 Directories choose_directories();
+
+// $VEKDB_SERVER where set (not in a set-uid program): the server that has the tables in place of
+// the directories.
+std::string choose_server();
+
+// The same for people to read: without a password.
+std::string without_password(const std::string& server);
 
 // $VEKDB_CHECK is 1: an open looks through both files before it uses them.
 bool check_wanted();

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
-// Looking statements up, preparing them, and making room.
+// Looking statements up and preparing them.
 #include "statement_cache.h"
 
-#include <algorithm>
+#include <string>
 
 namespace pwrmgt::vekdb {
 
@@ -28,44 +28,20 @@ bool more_follows(sqlite3* db, const char* tail, const char* end) {
 
 int StatementCache::get(sqlite3* db, std::string_view sql, sqlite3_stmt*& statement) {
     statement = nullptr;
-    if (const auto found = entries_.find(sql); found != entries_.end()) {
-        found->second.used_at = ++uses_;
-        statement = found->second.statement;
+    if (const StatementHandle* found = kept_.find(sql); found != nullptr) {
+        statement = found->get();
         return SQLITE_OK;
     }
     std::string key{sql};
     const char* tail = nullptr;
-    sqlite3_stmt* prepared = nullptr;
+    sqlite3_stmt* made = nullptr;
     const int code = sqlite3_prepare_v3(db, key.data(), static_cast<int>(key.size()),
-                                        SQLITE_PREPARE_PERSISTENT, &prepared, &tail);
+                                        SQLITE_PREPARE_PERSISTENT, &made, &tail);
+    StatementHandle prepared{made};
     if (code != SQLITE_OK) return code;
-    if (prepared == nullptr || more_follows(db, tail, key.data() + key.size())) {
-        sqlite3_finalize(prepared);
-        return SQLITE_MISUSE;
-    }
-    if (entries_.size() >= kCapacity) drop_oldest();
-    try {
-        entries_.emplace(std::move(key), Entry{prepared, ++uses_});
-    } catch (...) {
-        sqlite3_finalize(prepared);
-        throw;
-    }
-    statement = prepared;
+    if (!prepared || more_follows(db, tail, key.data() + key.size())) return SQLITE_MISUSE;
+    statement = kept_.keep(std::move(key), std::move(prepared)).get();
     return SQLITE_OK;
-}
-
-void StatementCache::drop_oldest() noexcept {
-    const auto oldest = std::min_element(
-        entries_.begin(), entries_.end(),
-        [](const auto& a, const auto& b) { return a.second.used_at < b.second.used_at; });
-    sqlite3_finalize(oldest->second.statement);
-    entries_.erase(oldest);
-}
-
-void StatementCache::clear() noexcept {
-    for (const auto& [text, entry] : entries_)
-        sqlite3_finalize(entry.statement);
-    entries_.clear();
 }
 
 }  // namespace pwrmgt::vekdb

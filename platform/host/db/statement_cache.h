@@ -1,48 +1,33 @@
 // SPDX-License-Identifier: Apache-2.0
-// The prepared statements of one connection, by their text without integers.
+// The prepared statements of one SQLite connection, by their text without integers.
 #pragma once
 
 #include <sqlite3.h>
 
-#include <cstdint>
-#include <string>
+#include <memory>
 #include <string_view>
-#include <unordered_map>
+
+#include "text_cache.h"
 
 namespace pwrmgt::vekdb {
 
+struct FinalizeStatement {
+    void operator()(sqlite3_stmt* statement) const noexcept { sqlite3_finalize(statement); }
+};
+using StatementHandle = std::unique_ptr<sqlite3_stmt, FinalizeStatement>;
+
 class StatementCache {
 public:
-    // Twice the texts that the library has; a text beyond them replaces the one not used longest.
-    static constexpr std::size_t kCapacity = 96;
-
-    StatementCache() = default;
-    ~StatementCache() { clear(); }
-    StatementCache(const StatementCache&) = delete;
-    StatementCache& operator=(const StatementCache&) = delete;
+    static constexpr std::size_t kCapacity = TextCache<StatementHandle>::kCapacity;
 
     // The statement for a text, ready to bind. An SQLite code other than SQLITE_OK comes with a
     // null statement; SQLITE_MISUSE stands for a text that holds no statement or more than one.
     int get(sqlite3* db, std::string_view sql, sqlite3_stmt*& statement);
 
-    void clear() noexcept;
+    void clear() noexcept { kept_.clear(); }
 
 private:
-    struct Hash {
-        using is_transparent = void;
-        std::size_t operator()(std::string_view text) const noexcept {
-            return std::hash<std::string_view>{}(text);
-        }
-    };
-    struct Entry {
-        sqlite3_stmt* statement = nullptr;
-        std::uint64_t used_at = 0;
-    };
-
-    void drop_oldest() noexcept;
-
-    std::unordered_map<std::string, Entry, Hash, std::equal_to<>> entries_;
-    std::uint64_t uses_ = 0;
+    TextCache<StatementHandle> kept_;
 };
 
 }  // namespace pwrmgt::vekdb

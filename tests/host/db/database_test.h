@@ -13,6 +13,7 @@
 #include <vector>
 
 #include "db/state_dir.h"
+#include "engine_under_test.h"
 #include "log_capture.h"
 #include "support/environment.h"
 #include "support/temp_file.h"
@@ -87,6 +88,7 @@ protected:
     pwrmgt::vekdb::Directories files_{place_.directory() + "/state", place_.directory() + "/run"};
     EnvironmentVariable state_{"VEKDB_STATE_DIR", files_.state};
     EnvironmentVariable runtime_{"VEKDB_RUNTIME_DIR", files_.runtime};
+    EnvironmentVariable server_{"VEKDB_SERVER", server_for_a_test()};
 };
 
 // With one connection open.

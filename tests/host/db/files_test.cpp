@@ -152,4 +152,20 @@ TEST_F(Files, RootLeavesTheFilesToTheDirectorysOwner) {
     vek_db_close(db);
 }
 
+TEST_F(Files, OnlyTheTablesNamedMemAreInTheRuntimeOne) {
+    const std::uint32_t db = open_database();
+
+    EXPECT_EQ(
+        select(db,
+               "select count(*), sum(name like '%Mem') from main.sqlite_schema where type='table'",
+               2),
+        (Table{{4, 0}}));
+    EXPECT_EQ(
+        select(db,
+               "select count(*), sum(name like '%Mem') from mem.sqlite_schema where type='table'",
+               2),
+        (Table{{7, 7}}));
+    vek_db_close(db);
+}
+
 }  // namespace

@@ -1,9 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // Several processes on one database, and forks.
-#include <sys/stat.h>
-
 #include <filesystem>
-#include <fstream>
 #include <thread>
 
 #include "database_test.h"
@@ -41,20 +38,6 @@ protected:
             if (WIFEXITED(status) && WEXITSTATUS(status) == 0) ++succeeded;
         }
         return succeeded;
-    }
-
-    // Whether this process holds a lock of its own on a file, as the kernel tells it.
-    static bool holds_lock(pid_t process, const std::string& path) {
-        struct stat file {};
-        stat(path.c_str(), &file);
-        std::ifstream locks{"/proc/locks"};
-        for (std::string line; std::getline(locks, line);) {
-            if (line.find(" " + std::to_string(process) + " ") != std::string::npos &&
-                line.find(":" + std::to_string(file.st_ino) + " ") != std::string::npos) {
-                return true;
-            }
-        }
-        return false;
     }
 };
 
@@ -151,23 +134,6 @@ TEST_F(Processes, HandlesOfTheParentAreDeadInTheChild) {
     vek_db_close(db);
 }
 
-TEST_F(Processes, ChildOfAProcessWithConnectionsHoldsLocksOfItsOwn) {
-    const std::uint32_t held = open_database();
-    vek_db_close(open_database());
-    raw(held, "select * from PowerPolicy");
-    const std::string path = persistent_path();
-
-    EXPECT_EQ(in_child([&] {
-                  if (holds_lock(getpid(), path)) return 1;
-                  const std::uint32_t db = open_database();
-                  if (insert_slot(db, "HistPowers24Hr", 1, 30, 1) != 0) return 2;
-                  return holds_lock(getpid(), path) ? 0 : 3;
-              }),
-              0);
-    EXPECT_EQ(select(held, "select _id from HistPowers24Hr", 1), (Table{{1}}));
-    vek_db_close(held);
-}
-
 TEST_F(Processes, ForkWhileTheParentsTransactionIsOpenLeavesItWhole) {
     const std::uint32_t db = open_database();
     raw(db, "BEGIN");
@@ -203,31 +169,6 @@ TEST_F(Processes, ForkAmongBusyThreadsLeavesAChildThatWorks) {
         thread.join();
 
     EXPECT_EQ(worked, 20);
-}
-
-TEST_F(Processes, LogStaysBoundedWhileReadersKeepReading) {
-    std::atomic<bool> stop{false};
-    const std::uint32_t db = open_database();
-    for (std::uint16_t slot = 0; slot < 500; ++slot)
-        insert_slot(db, "HistPowers24HrMem", slot, 30u * slot, 1);
-    std::vector<std::thread> readers;
-    for (int t = 0; t < 2; ++t) {
-        readers.emplace_back([&stop] {
-            const std::uint32_t mine = open_database();
-            while (!stop)
-                raw(mine, "select * from HistPowers24HrMem order by Timestamp DESC");
-            vek_db_close(mine);
-        });
-    }
-    for (std::uint32_t i = 0; i < 6000; ++i)
-        insert_slot(db, "HistPowers24HrMem", 1, 20000 + i, 1);
-    const auto log_bytes = fs::file_size(memory_path() + "-wal");
-    stop = true;
-    for (std::thread& reader : readers)
-        reader.join();
-
-    EXPECT_LE(log_bytes, 8u << 20);
-    vek_db_close(db);
 }
 
 }  // namespace
