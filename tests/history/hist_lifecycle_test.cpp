@@ -20,26 +20,13 @@ Calls refill(Calls before, const Calls& after) {
     return before;
 }
 
-uint32_t initialise() {
-    int32_t id = 0;
-    int32_t stamp = 0;
-    return pwrmgt_init_hist_table(kDb, kNow, &id, &stamp);
-}
-
 uint32_t clean_up() {
     return pwrmgt_cleanup_hist_mem_table(kDb, kNow);
-}
-
-uint32_t save() {
-    int32_t last = 0;
-    return pwrmgt_save_hist_mem_table(kDb, &last);
 }
 
 void one_row_stored(Recorder& recorder) {
     recorder.answer_rows(std::vector<Row>{{17, 1'699'999'980}});
 }
-
-void nothing_stored(Recorder&) {}
 
 }  // namespace
 
@@ -136,12 +123,6 @@ TEST_F(HistLifecycle, FailedCopyStopsTheStart) {
     EXPECT_EQ(platform().calls.size(), 3U);
 }
 
-// Trim, truncate, copy, the select three ways, row count, step, two columns.
-TEST_F(HistLifecycle, EachFailingCallOfTheStartHasItsStatus) {
-    EXPECT_EQ(swept_statuses(one_row_stored, initialise),
-              (std::vector<uint32_t>{6, 6, 4, 3, 3, 3, 0, 0, 0, 0}));
-}
-
 TEST_F(HistLifecycle, FailedReadOfTheHighestSlotLeavesItsOutput) {
     one_row_stored(platform());
     platform().fail(Operation::column, 1, 1);
@@ -208,10 +189,6 @@ TEST_F(HistLifecycle, FailedTrimOfTheWorkingTableSparesTheOther) {
     EXPECT_EQ(clean_up(), 6U);
 
     EXPECT_EQ(platform().count("raw"), 1U);
-}
-
-TEST_F(HistLifecycle, EachFailingTrimIs6) {
-    EXPECT_EQ(swept_statuses(nothing_stored, clean_up), (std::vector<uint32_t>{6, 6}));
 }
 
 // -- save at once
@@ -285,16 +262,4 @@ TEST_F(HistLifecycle, SaveDoesNotTestItsConnection) {
     EXPECT_EQ(pwrmgt_save_hist_mem_table(0, &last_id), 0U);
 
     EXPECT_EQ(platform().count("raw"), 2U);
-}
-
-// The select three ways, step, column, copy.
-TEST_F(HistLifecycle, EachFailingCallOfTheSaveHasItsStatus) {
-    EXPECT_EQ(swept_statuses(one_row_stored, save), (std::vector<uint32_t>{6, 6, 6, 0, 0, 4}));
-}
-
-TEST_F(HistLifecycle, ExceptionOfAnyCallPassesThroughWithEveryHandleBack) {
-    EXPECT_EQ(sweep_exceptions(one_row_stored, initialise), 8U);
-    EXPECT_EQ(sweep_exceptions(nothing_stored, [] { return pwrmgt_load_hist_bak_table(kDb); }), 2U);
-    EXPECT_EQ(sweep_exceptions(nothing_stored, clean_up), 2U);
-    EXPECT_EQ(sweep_exceptions(one_row_stored, save), 4U);
 }

@@ -197,14 +197,32 @@ TEST_F(HistRow, ContentOfZeroIsPassedOnAndRefusedByTheClient) {
     EXPECT_EQ(platform().count("put_short_uint"), 40U);
 }
 
+// Content, twenty-seven puts, of which the last one tells.
+TEST_F(HistRow, FailingCallOfAPreparedContentShowsOnlyInTheLastPut) {
+    vek_db_free_content_values(content);
+    const auto prepared = [](auto prepare) {
+        return [prepare] {
+            const uint32_t made = vek_db_get_content_values();
+            const uint32_t result = prepare(made);
+            if (made != 0) vek_db_free_content_values(made);
+            return result;
+        };
+    };
+    const Outcomes expected = in_turn({each_of(1, 1), each_of(26, 0), {{1, kMinusOne}}});
+
+    EXPECT_EQ(swept_statuses(nothing_scripted, prepared(pwrmgt_prep_empty_hist_sample)), expected);
+    EXPECT_EQ(swept_statuses(nothing_scripted, prepared([](uint32_t made) {
+                                 return pwrmgt_prep_valid_hist_sample(made, kSample);
+                             })),
+              expected);
+}
+
 // Content, twenty-nine puts, insert.
 TEST_F(HistRow, EachFailingCallHasItsStatus) {
     vek_db_free_content_values(content);
-    std::vector<uint32_t> expected(31, 0);
-    expected.front() = 7;
-    expected.back() = 1;
 
-    EXPECT_EQ(swept_statuses(nothing_scripted, update), expected);
+    EXPECT_EQ(swept_statuses(nothing_scripted, update),
+              in_turn({each_of(1, 7), each_of(29, 0), {{1, kMinusOne}}}));
 }
 
 TEST_F(HistRow, ExceptionOfAnyCallPassesThroughWithEveryHandleBack) {

@@ -104,7 +104,7 @@ TEST_F(Persist, FailedDeleteOfTheLastRoundStillCopies) {
 TEST_F(Persist, EachFailingCallShowsOnlyInTheLastRound) {
     EXPECT_EQ(swept_statuses([](Recorder&) {},
                              [] { return pwrmgt_update_hist_persist_db(kDb, 2878, 3); }),
-              (std::vector<uint32_t>{0, 0, 0, 0, 1, 1}));
+              in_turn({each_of(4, 0), {{1, kMinusOne}, {1, kMinusOne}}}));
 }
 
 TEST_F(Persist, ExceptionOfAnyCallPassesThrough) {

@@ -141,15 +141,16 @@ TEST_F(RealtimeRow, ConnectionIsNotTested) {
     EXPECT_EQ(platform().count("insert"), 1U);
 }
 
-// The select three ways, step, row count, content, ten puts, insert.
+// Select, step, row count, content, ten puts, insert.
 TEST_F(RealtimeRow, EachFailingCallBeforeAnInsertHasItsStatus) {
     EXPECT_EQ(swept_statuses(empty_table, update),
-              (std::vector<uint32_t>{3, 3, 3, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 4}));
+              in_turn({each_of(1, 3), each_of(13, 0), each_of(1, 4)}));
 }
 
+// A row too many told is more than one row.
 TEST_F(RealtimeRow, EachFailingCallBeforeAnUpdateHasItsStatus) {
     EXPECT_EQ(swept_statuses(one_row_stored, update),
-              (std::vector<uint32_t>{3, 3, 3, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 5}));
+              in_turn({{{3}, {0}, {0, 0, 0, 31}}, each_of(11, 0), each_of(1, 5)}));
 }
 
 TEST_F(RealtimeRow, ExceptionOfAnyCallPassesThroughWithEveryHandleBack) {

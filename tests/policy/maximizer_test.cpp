@@ -71,25 +71,20 @@ TEST_F(Maximizer, EmptyTableIs8) {
     EXPECT_EQ(status, 77);
 }
 
-// Open, the select three ways, row count, step, fifteen columns.
+// Open, select, row count, step, fifteen columns.
 TEST_F(Maximizer, EachFailingCallHasItsStatusAndLeavesTheOutput) {
-    std::vector<uint32_t> statuses;
-    sweep_faults(
-        flag_and_row,
-        [&] {
-            status = 77;
-            return pwrmgt_get_power_maximzer_status(&status);
-        },
-        [&](const Faulted& faulted) {
-            statuses.push_back(faulted.status);
-            if (faulted.status != 0) {
-                EXPECT_EQ(status, 77);
-            }
-        });
+    const auto get = [&] {
+        status = 77;
+        return pwrmgt_get_power_maximzer_status(&status);
+    };
 
-    std::vector<uint32_t> expected{2, 3, 3, 3, 8};
-    expected.resize(21, 0);
-    EXPECT_EQ(statuses, expected);
+    EXPECT_EQ(swept_statuses(flag_and_row, get),
+              in_turn({{{2}, {3}, {8, 8, 8, 0}}, each_of(16, 0)}));
+    sweep_faults(flag_and_row, get, [&](const Faulted& faulted) {
+        if (faulted.status != 0) {
+            EXPECT_EQ(status, 77);
+        }
+    });
 }
 
 TEST_F(Maximizer, ExceptionOfAnyCallPassesThroughWithEveryHandleBack) {

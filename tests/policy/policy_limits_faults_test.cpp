@@ -58,14 +58,14 @@ TEST_F(PolicyLimitsFaults, FirstOfSeveralRowsIsRead) {
     }
 }
 
-// Open, the select three ways, row count, step, fourteen columns; the setting's exchange.
+// Open, select, row count, step, fourteen columns; the setting's exchange.
 TEST_F(PolicyLimitsFaults, EachFailingCallHasItsStatus) {
-    std::vector<uint32_t> expected{2, 3, 3, 3, 8};
-    expected.resize(20, 0);
+    const Outcomes before_the_row{{2}, {3}, {8, 8, 8, 0}};
 
-    EXPECT_EQ(swept_statuses(row_and_cap, [&] { return kReaders[0](&policy); }), expected);
-    expected.push_back(0);
-    EXPECT_EQ(swept_statuses(row_and_cap, [&] { return kReaders[1](&policy); }), expected);
+    EXPECT_EQ(swept_statuses(row_and_cap, [&] { return kReaders[0](&policy); }),
+              in_turn({before_the_row, each_of(15, 0)}));
+    EXPECT_EQ(swept_statuses(row_and_cap, [&] { return kReaders[1](&policy); }),
+              in_turn({before_the_row, each_of(16, 0)}));
 }
 
 TEST_F(PolicyLimitsFaults, FailureLeavesTheOutput) {

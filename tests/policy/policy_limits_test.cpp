@@ -11,6 +11,14 @@ namespace {
 constexpr uint16_t kNotSet = 65535;
 constexpr pwrmgt_power_policy_t kUntouched{77, 77, 77, 77, 77, 77, 77, 77, 77, 77, 77, 77};
 const std::string kGetCap = "ipmi 20 3A 00 32 03 00 00 00 00 told 0";
+const Calls kRowRead{
+    "open localhost root '' vek_pwr_db 0",
+    "query PowerPolicy [IsBlade,RedunMode,MaximStatus,CapEnable,CapMode,CapValue,CapSoftAc,"
+    "CapMinAc,CapMaxAc,CapSoftDc,CapMinDc,CapMaxDc,UnstressAdapterPwr,UnstressHddPwr] where null "
+    "order null",
+    "row_count",
+    "step",
+};
 
 using Reader = uint32_t (*)(pwrmgt_power_policy_t* out);
 const std::vector<Reader> kReaders{pwrmgt_get_power_policy_extra_pwr,
@@ -66,29 +74,7 @@ TEST_F(PolicyLimits, ExtraPowerReaderMakesTheseCallsAndNoOthers) {
 
     EXPECT_EQ(pwrmgt_get_power_policy_extra_pwr(&policy), 0U);
 
-    EXPECT_EQ(platform().calls,
-              (Calls{"open localhost root '' vek_pwr_db 0",
-                     "query PowerPolicy [IsBlade,RedunMode,MaximStatus,CapEnable,CapMode,CapValue,"
-                     "CapSoftAc,CapMinAc,CapMaxAc,CapSoftDc,CapMinDc,CapMaxDc,UnstressAdapterPwr,"
-                     "UnstressHddPwr] where null order null",
-                     "row_count",
-                     "step",
-                     "uchar 0",
-                     "uchar 1",
-                     "uchar 2",
-                     "uchar 3",
-                     "uchar 4",
-                     "short_uint 5",
-                     "short_uint 6",
-                     "short_uint 7",
-                     "short_uint 8",
-                     "short_uint 9",
-                     "short_uint 10",
-                     "short_uint 11",
-                     "short_uint 12",
-                     "short_uint 13",
-                     "free_result",
-                     "close"}));
+    EXPECT_EQ(platform().calls, chain({kRowRead, policy_cells(13), {"free_result", "close"}}));
     EXPECT_EQ(fields(policy), (Row{1, 4, 9, 1, 2, 300, 301, 332, 333, 304, 335, 336}));
 }
 
@@ -98,29 +84,7 @@ TEST_F(PolicyLimits, SettingReaderAsksTheFirmwareWhileTheConnectionIsOpen) {
     EXPECT_EQ(pwrmgt_get_power_policy_setting(&policy), 0U);
 
     EXPECT_EQ(platform().calls,
-              (Calls{"open localhost root '' vek_pwr_db 0",
-                     "query PowerPolicy [IsBlade,RedunMode,MaximStatus,CapEnable,CapMode,CapValue,"
-                     "CapSoftAc,CapMinAc,CapMaxAc,CapSoftDc,CapMinDc,CapMaxDc,UnstressAdapterPwr,"
-                     "UnstressHddPwr] where null order null",
-                     "row_count",
-                     "step",
-                     "uchar 0",
-                     "uchar 1",
-                     "uchar 2",
-                     "uchar 3",
-                     "uchar 4",
-                     "short_uint 5",
-                     "short_uint 6",
-                     "short_uint 7",
-                     "short_uint 8",
-                     "short_uint 9",
-                     "short_uint 10",
-                     "short_uint 11",
-                     "short_uint 12",
-                     "short_uint 13",
-                     kGetCap,
-                     "free_result",
-                     "close"}));
+              chain({kRowRead, policy_cells(13), {kGetCap, "free_result", "close"}}));
 }
 
 TEST_F(PolicyLimits, NeitherAsksTheGateNorSetsTheFlag) {

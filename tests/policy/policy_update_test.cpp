@@ -187,10 +187,10 @@ TEST_F(PolicyUpdate, FailureLeavesTheFlag) {
     });
 }
 
-// Open, the select three ways, row count, content, thirteen puts, update.
+// Open, select, row count, content, thirteen puts, update. A row too many told is more than one.
 TEST_F(PolicyUpdate, EachFailingCallHasItsStatus) {
     EXPECT_EQ(swept_statuses(one_row, update),
-              (std::vector<uint32_t>{2, 3, 3, 3, 0, 7, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 5}));
+              in_turn({{{2}, {3}, {0, 0, 0, 31}, {7}}, each_of(13, 0), each_of(1, 5)}));
 }
 
 TEST_F(PolicyUpdate, ExceptionOfAnyCallPassesThroughWithEveryHandleBack) {

@@ -88,11 +88,10 @@ TEST_F(BaysInit, FailedDeleteMakesNoContent) {
 }
 
 TEST_F(BaysInit, EachFailureHasItsStatus) {
-    const std::vector<uint32_t> statuses = swept_statuses([](Recorder&) {}, init_two);
-
-    EXPECT_EQ(statuses, (std::vector<uint32_t>{3, 3, 3, 6, 7,           // query, delete, content
-                                               0, 0, 0, 0, 0, 0, 0, 4,  // puts, insert
-                                               0, 0, 0, 0, 0, 0, 0, 4}));
+    // Select, delete, content; puts and insert of each bay.
+    EXPECT_EQ(
+        swept_statuses([](Recorder&) {}, init_two),
+        in_turn({{{3}, {6}, {7}}, each_of(7, 0), each_of(1, 4), each_of(7, 0), each_of(1, 4)}));
 }
 
 TEST_F(BaysInit, ExceptionOfAnyCallPassesThroughWithEveryHandleBack) {
@@ -144,10 +143,9 @@ TEST_F(BaysUpdate, FailedUpdateStillClearsAndFrees) {
 }
 
 TEST_F(BaysUpdate, EachFailureHasItsStatus) {
-    const std::vector<uint32_t> statuses = swept_statuses(bay_3_has_a_row, update_bay_3);
-
-    EXPECT_EQ(statuses, (std::vector<uint32_t>{3, 3, 3, 4, 7,              // query, count, content
-                                               0, 0, 0, 0, 0, 0, 0, 5}));  // puts, update
+    // Select, row count, content, puts, update.
+    EXPECT_EQ(swept_statuses(bay_3_has_a_row, update_bay_3),
+              in_turn({{{3}, {4, 4, 4, 0}, {7}}, each_of(7, 0), each_of(1, 5)}));
 }
 
 TEST_F(BaysUpdate, ExceptionOfAnyCallPassesThroughWithEveryHandleBack) {

@@ -186,19 +186,21 @@ TEST_F(DefaultModeMap, EachFailureHasItsStatus) {
         slots(1, {{1, 450}});
     };
     const auto act = [] { return pwrmgt_set_redunmode_per_hwconfig(2); };
-    std::vector<uint32_t> statuses;
+    // The good supply of the two: a step and its four bytes that tell so.
+    const Outcomes good = in_turn({{{0, 0, 17, 0}}, each_of(4, 17)});
 
-    sweep_faults(script, act, [&](const Faulted& faulted) {
-        if (faulted.operation != Operation::column && faulted.operation != Operation::step) {
-            statuses.push_back(faulted.status);
-        }
-    });
-
-    EXPECT_EQ(statuses, (std::vector<uint32_t>{17, 17, 17, 17, 17, 17, 17, 17, 17, 17,  // supplies
-                                               17, 17, 17, 17, 17, 17, 17, 17, 17, 17,  // weakest
-                                               0,  0,  10,         // bitmap, slot, modes
-                                               2,                  // setter's own
-                                               2,  3,  3,  3,  8,  // its policy
-                                               7,  0,  5}));       // its update
+    EXPECT_EQ(swept_statuses(script, act), in_turn({policy_outcomes(17),
+                                                    {{17}, {17}, {17, 17, 0, 0}},
+                                                    good,
+                                                    each_of(11, 0),
+                                                    policy_outcomes(17),
+                                                    each_of(3, 17),
+                                                    good,
+                                                    {{0}, {0}, {17}},
+                                                    each_of(8, 0),
+                                                    {{0}, {0}, {10}},  // bitmap, slot, modes
+                                                    each_of(1, 2),
+                                                    policy_outcomes(),
+                                                    {{7}, {0}, {5}}}));  // the setter
     EXPECT_EQ(sweep_exceptions(script, act), 2U * 38U + 3U + 1U + 19U + 3U);
 }

@@ -163,6 +163,15 @@ TEST_F(ModePower, OversubscriptionIsTheByteOrOneWithoutIt) {
     EXPECT_EQ(platform().count("byte"), 5U);
 }
 
+TEST_F(ModePower, FailingReadOfTheOversubscriptionIsOne) {
+    const auto switched_off = [](Recorder& recorder) {
+        recorder.set_property(kOversubscriptionKey, 0);
+    };
+
+    EXPECT_EQ(swept_statuses(switched_off, pwrmgt_get_oversubscription_prop), each_of(1, 1));
+    EXPECT_EQ(sweep_exceptions(switched_off, pwrmgt_get_oversubscription_prop), 1U);
+}
+
 TEST_F(ModePower, UnreadableOversubscriptionStillOversubscribes) {
     platform().set_property(kOversubscriptionKey, 0);
     platform().fail(Operation::property, 1, 2);  // after the type

@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <vector>
 
+#include "builders.h"
 #include "platform_test.h"
 
 namespace pwrmgt::test {
@@ -52,31 +53,40 @@ inline void script_supplies(const std::vector<Row>& rows) {
 
 // The calls of one read of the policy row.
 inline Calls policy_read() {
-    return {
-        "open localhost root '' vek_pwr_db 0",
-        "query PowerPolicy [IsBlade,RedunMode,MaximStatus,CapEnable,CapMode,CapValue,CapSoftAc,"
-        "CapMinAc,CapMaxAc,CapSoftDc,CapMinDc,CapMaxDc,UnstressAdapterPwr,UnstressFanPwr,"
-        "UnstressHddPwr] where null order null",
-        "row_count",
-        "step",
-        "uchar 0",
-        "uchar 1",
-        "uchar 2",
-        "uchar 3",
-        "uchar 4",
-        "short_uint 5",
-        "short_uint 6",
-        "short_uint 7",
-        "short_uint 8",
-        "short_uint 9",
-        "short_uint 10",
-        "short_uint 11",
-        "short_uint 12",
-        "short_uint 13",
-        "short_uint 14",
-        "free_result",
-        "close",
-    };
+    return chain(
+        {{"open localhost root '' vek_pwr_db 0",
+          "query PowerPolicy [IsBlade,RedunMode,MaximStatus,CapEnable,CapMode,CapValue,CapSoftAc,"
+          "CapMinAc,CapMaxAc,CapSoftDc,CapMinDc,CapMaxDc,UnstressAdapterPwr,UnstressFanPwr,"
+          "UnstressHddPwr] where null order null",
+          "row_count", "step"},
+         policy_cells(14),
+         {"free_result", "close"}});
+}
+
+// What each failing call of such a read ends in: open, select, row count, step, fifteen columns.
+inline Outcomes policy_outcomes() {
+    return in_turn({{{2}, {3}, {8, 8, 8, 0}}, each_of(16, 0)});
+}
+
+// The same for a caller that ends in `unusable` without a policy.
+inline Outcomes policy_outcomes(uint32_t unusable) {
+    return in_turn({each_of(2, unusable), {{unusable, unusable, unusable, 0}}, each_of(16, 0)});
+}
+
+// Power in a mode with two good supplies: the two types of supply and their factor, the policy row,
+// the configuration, twice; the supplies, of which there have to be two, and the weakest of them,
+// which needs one row.
+inline Outcomes power_outcomes() {
+    return in_turn({each_of(2, 0),
+                    policy_outcomes(),
+                    each_of(2, 0),  // the mode
+                    policy_outcomes(17),
+                    each_of(3, 17),
+                    each_of(16, 0),  // supplies
+                    policy_outcomes(17),
+                    each_of(3, 17),
+                    {{0, 0, 17, 0}},
+                    each_of(15, 0)});
 }
 
 // The calls of one read of the supply table, gate and policy included.
@@ -96,15 +106,6 @@ inline Calls supplies_read(size_t rows) {
     }
     then({"free_result", "close"});
     return calls;
-}
-
-// One list after another.
-inline Calls chain(std::initializer_list<Calls> parts) {
-    Calls all;
-    for (const Calls& part : parts) {
-        all.insert(all.end(), part.begin(), part.end());
-    }
-    return all;
 }
 
 // Caches as in a process that has read nothing, but for the gate's flag.

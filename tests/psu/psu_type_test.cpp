@@ -94,7 +94,7 @@ TEST_F(PsuType, FailedReadAndExceptionLeaveTheCacheAlone) {
         recorder.set_property(kTypeKey, 1);
     };
 
-    EXPECT_EQ(swept_statuses(script, pwrmgt_psu_crps_installed), (std::vector<uint32_t>{0}));
+    EXPECT_EQ(swept_statuses(script, pwrmgt_psu_crps_installed), each_of(1, 0));
     EXPECT_EQ(sweep_exceptions(script, pwrmgt_psu_crps_installed), 1U);
     EXPECT_EQ(g_psu_installed, 15U);
 }
@@ -155,7 +155,7 @@ TEST_F(PsuConfig, FailedReadAndExceptionLeaveTheCacheAlone) {
         recorder.set_property(kConfigKey, 8);
     };
 
-    EXPECT_EQ(swept_statuses(script, pwrmgt_get_psu_config_info), (std::vector<uint32_t>{255}));
+    EXPECT_EQ(swept_statuses(script, pwrmgt_get_psu_config_info), each_of(1, 255));
     EXPECT_EQ(sweep_exceptions(script, pwrmgt_get_psu_config_info), 1U);
     EXPECT_EQ(g_psu_config_info, 255);
 }

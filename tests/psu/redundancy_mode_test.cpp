@@ -58,6 +58,13 @@ TEST_F(AllowedModes, PropertyIsReadEveryTime) {
     EXPECT_EQ(platform().calls, chain({kModesRead, kModesRead}));
 }
 
+TEST_F(AllowedModes, FailingReadAllowsNothing) {
+    const auto both_allowed = [](Recorder&) { allow_modes(3); };
+
+    EXPECT_EQ(swept_statuses(both_allowed, [] { return pwrmgt_redundant_mode_support_check(0); }),
+              each_of(1, 0));
+}
+
 TEST_F(AllowedModes, ExceptionPassesThrough) {
     EXPECT_EQ(
         sweep_exceptions([](Recorder&) {}, [] { return pwrmgt_redundant_mode_support_check(0); }),
@@ -135,12 +142,7 @@ TEST_F(StoredMode, EachFailureHasItsStatus) {
     };
     const auto act = [this] { return pwrmgt_get_power_redundant_mode(&out); };
 
-    const std::vector<uint32_t> statuses = swept_statuses(script, act);
-
-    EXPECT_EQ(statuses,
-              (std::vector<uint32_t>{2, 3, 3, 3, 8, 0,                             // policy row
-                                     0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0,  // its columns
-                                     10}));                                        // modes
+    EXPECT_EQ(swept_statuses(script, act), in_turn({policy_outcomes(), each_of(1, 10)}));
     EXPECT_EQ(sweep_exceptions(script, act), 20U);
 }
 
@@ -268,12 +270,8 @@ TEST_F(ModeSetter, EachFailureHasItsStatus) {
     };
     const auto act = [] { return pwrmgt_set_power_redundant_mode(2); };
 
-    const std::vector<uint32_t> statuses = swept_statuses(script, act);
-
-    EXPECT_EQ(statuses,
-              (std::vector<uint32_t>{10, 2,                                         // modes, open
-                                     2,  3, 3, 3, 8, 0,                             // policy row
-                                     0,  0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0,  // its columns
-                                     7,  0, 5}));  // content, put, update
+    // Modes, open; the policy row; content, put, update.
+    EXPECT_EQ(swept_statuses(script, act),
+              in_turn({{{10}, {2}}, policy_outcomes(), {{7}, {0}, {5}}}));
     EXPECT_EQ(sweep_exceptions(script, act), 24U);
 }

@@ -117,12 +117,9 @@ TEST_F(VoltageRange, EachFailureHasItsStatus) {
     };
     const auto act = [&] { return ask(1); };
 
-    const std::vector<uint32_t> statuses = swept_statuses(script, act);
-
-    EXPECT_EQ(statuses, (std::vector<uint32_t>{2,  3,  3,  3,  8,  0,  // policy row
-                                               0,  0,  0,  0,  0,  0,  0, 0,
-                                               0,  0,  0,  0,  0,  0,  0,        // its columns
-                                               2,  3,  3,  3,  8,                // bays
-                                               17, 17, 17, 17, 17, 31, 0, 0}));  // the one row
+    // Open, select, row count; step and columns of the one row.
+    EXPECT_EQ(
+        swept_statuses(script, act),
+        in_turn({policy_outcomes(), {{2}, {3}, {8, 8, 8, 0}}, each_of(5, 17), {{31}, {0}, {0}}}));
     EXPECT_EQ(sweep_exceptions(script, act), 30U);
 }

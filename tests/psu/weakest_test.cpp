@@ -227,14 +227,12 @@ TEST_F(Weakest, EachFailureHasTheReadersStatus) {
     };
     const auto act = [&] { return pwrmgt_get_smallest_psuInfo(&out); };
 
-    const std::vector<uint32_t> statuses = swept_statuses(script, act);
-
-    // A row whose step fails comes with the next step.
-    EXPECT_EQ(statuses, (std::vector<uint32_t>{2, 3,  3,  3,  8,  0,  // policy row
-                                               0, 0,  0,  0,  0,  0, 0, 0,
-                                               0, 0,  0,  0,  0,  0, 0,        // its columns
-                                               2, 3,  3,  3,  8,               // bays
-                                               0, 17, 17, 17, 17, 0, 0, 0,     // the good one
-                                               0, 0,  0,  0,  0,  0, 0, 0}));  // the faulted one
+    // Open, select, row count (of two); then the good bay and the faulted one. A row whose step
+    // fails comes with the next step.
+    EXPECT_EQ(swept_statuses(script, act), in_turn({policy_outcomes(),
+                                                    {{2}, {3}, {8, 8, 0, 0}},
+                                                    {{0, 0, 17, 0}},
+                                                    each_of(4, 17),
+                                                    each_of(3 + 8, 0)}));
     EXPECT_EQ(sweep_exceptions(script, act), 38U);
 }

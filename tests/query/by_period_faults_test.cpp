@@ -7,8 +7,6 @@ using namespace pwrmgt::test;
 
 namespace {
 
-using Statuses = std::vector<uint32_t>;
-
 void policy_known(Recorder&) {
     g_power_policy_flag = 0;
 }
@@ -16,6 +14,8 @@ void policy_known(Recorder&) {
 void policy_stored(Recorder& recorder) {
     recorder.answer_table("PowerPolicy", {{0, 1, 0, 0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11}});
 }
+
+const Outcomes kLastStep{{8, 8, 0, 0}};
 
 uint32_t ask_power() {
     pwrmgt_hist_pwr_sample_t entry = untouched_power();
@@ -56,26 +56,26 @@ void one_perf_row(Recorder& recorder) {
 
 class ByPeriodFaults : public PlatformTest {};
 
-// open, time, the select three ways, row count, first step, stamp, first group, second group (not
-// tested), last step.
+// Open, time, select, row count, first step, stamp, first group, second group (not tested), last
+// step: where no row is left, its end is no failure, and a row told there has no value.
 TEST_F(ByPeriodFaults, EachFailingCallOfThePowerQueryHasItsStatus) {
     EXPECT_EQ(swept_statuses(one_power_row, ask_power),
-              (Statuses{2, 31, 3, 3, 3, 8, 8, 8, 8, 8, 8, 0, 0, 0, 8}));
+              in_turn({{{2}, {31}, {3}, {8, 8, 8, 0}}, each_of(5, 8), each_of(3, 0), kLastStep}));
 }
 
 TEST_F(ByPeriodFaults, EachFailingCallOfTheSupplyQueryHasItsStatus) {
-    EXPECT_EQ(swept_statuses(one_psu_row, ask_psu), (Statuses{2, 31, 3, 3, 3, 8, 8, 8, 8, 8, 8}));
+    EXPECT_EQ(swept_statuses(one_psu_row, ask_psu),
+              in_turn({{{2}, {31}, {3}, {8, 8, 8, 0}}, each_of(4, 8), kLastStep}));
 }
 
 TEST_F(ByPeriodFaults, EachFailingCallOfThePerformanceQueryHasItsStatus) {
     EXPECT_EQ(swept_statuses(one_perf_row, ask_perf),
-              (Statuses{2, 31, 3, 3, 3, 31, 8, 8, 8, 8, 8, 8, 8, 8, 8}));
+              in_turn({{{2}, {31}, {3}, {31, 31, 31, 0}}, each_of(8, 8), kLastStep}));
 }
 
-// The first 21 failures hit the policy read: one open, three selects, one count, one step, fifteen
-// columns.
+// The first 19 calls are the policy read: open, select, row count, step, fifteen columns.
 TEST_F(ByPeriodFaults, FailureWhileThePolicyIsReadNeverStopsAQuery) {
-    const Statuses statuses = swept_statuses(
+    const Outcomes statuses = swept_statuses(
         [](Recorder& recorder) {
             one_psu_row(recorder);
             g_power_policy_flag = 255;
@@ -83,9 +83,8 @@ TEST_F(ByPeriodFaults, FailureWhileThePolicyIsReadNeverStopsAQuery) {
         },
         ask_psu);
 
-    Statuses expected(21, 0);
-    expected.insert(expected.end(), {2, 31, 3, 3, 3, 8, 8, 8, 8, 8, 8});
-    EXPECT_EQ(statuses, expected);
+    EXPECT_EQ(statuses,
+              in_turn({each_of(19, 0), {{2}, {31}, {3}, {8, 8, 8, 0}}, each_of(4, 8), kLastStep}));
 }
 
 TEST_F(ByPeriodFaults, FailureBeforeTheRowsAreReadLeavesTheEntries) {
@@ -99,10 +98,12 @@ TEST_F(ByPeriodFaults, FailureBeforeTheRowsAreReadLeavesTheEntries) {
         },
         [&](const Faulted& faulted) {
             if (faulted.at > 6) return;
-            EXPECT_EQ(fields(entry), fields(untouched_power())) << faulted.at;
+            const Row filled{0, 1'699'999'980, 100, 120, 80, 110, 130, 90};
+            EXPECT_EQ(fields(entry), faulted.status == 0 ? filled : fields(untouched_power()))
+                << faulted.at;
         });
 
-    EXPECT_EQ(failures, 15U);
+    EXPECT_EQ(failures, 1U + 1U + 4U + 4U + 4U + 14U + 4U);
 }
 
 TEST_F(ByPeriodFaults, ExceptionOfAnyCallPassesThroughWithEveryHandleBack) {

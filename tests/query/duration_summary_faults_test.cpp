@@ -7,7 +7,7 @@ using namespace pwrmgt::test;
 
 namespace {
 
-using Statuses = std::vector<uint32_t>;
+const Outcomes kLastStep{{8, 8, 0, 0}};
 
 pwrmgt_hist_pwr_sample_t summary = untouched_power();
 
@@ -32,8 +32,7 @@ void one_psu_row(Recorder& recorder) {
     recorder.answer_table("HistExtraPowers24HrMem", steady_rows(1'699'999'980, 1, {110, 100}));
 }
 
-// The first 21 failures hit the policy read: one open, three selects, one count, one step, fifteen
-// columns.
+// The first 19 calls are the policy read: open, select, row count, step, fifteen columns.
 void policy_unread(Recorder& recorder) {
     one_psu_row(recorder);
     g_power_policy_flag = 255;
@@ -44,40 +43,42 @@ void policy_unread(Recorder& recorder) {
 
 class DurationSummaryFaults : public PlatformTest {};
 
-// open, time, the select three ways, row count, first step, stamp, first group, second group (not
-// tested), last step.
+// Open, time, select, row count, first step, stamp, first group, second group (not tested), last
+// step: where no row is left, its end is no failure, and a row told there has no value.
 TEST_F(DurationSummaryFaults, EachFailingCallOfThePowerSummaryHasItsStatus) {
     EXPECT_EQ(swept_statuses(one_power_row, ask_system),
-              (Statuses{2, 31, 3, 3, 3, 8, 8, 8, 8, 8, 8, 0, 0, 0, 8}));
+              in_turn({{{2}, {31}, {3}, {8, 8, 8, 0}}, each_of(5, 8), each_of(3, 0), kLastStep}));
 }
 
 TEST_F(DurationSummaryFaults, EachFailingCallOfTheSupplySummaryHasItsStatus) {
     EXPECT_EQ(swept_statuses(one_psu_row, ask_supply),
-              (Statuses{2, 31, 3, 3, 3, 8, 8, 8, 8, 8, 8}));
+              in_turn({{{2}, {31}, {3}, {8, 8, 8, 0}}, each_of(4, 8), kLastStep}));
 }
 
 TEST_F(DurationSummaryFaults, FailureWhileThePolicyIsReadNeverStopsTheSummary) {
-    Statuses expected(21, 0);
-    expected.insert(expected.end(), {2, 31, 3, 3, 3, 8, 8, 8, 8, 8, 8});
-
-    EXPECT_EQ(swept_statuses(policy_unread, ask_supply), expected);
+    EXPECT_EQ(swept_statuses(policy_unread, ask_supply),
+              in_turn({each_of(19, 0), {{2}, {31}, {3}, {8, 8, 8, 0}}, each_of(4, 8), kLastStep}));
 }
 
 TEST_F(DurationSummaryFaults, FailureBeforeTheRowsAreReadLeavesThePowerSummary) {
     const size_t failures = sweep_faults(one_power_row, ask_system, [](const Faulted& faulted) {
         if (faulted.at > 6) return;
-        EXPECT_EQ(fields(summary), fields(untouched_power())) << faulted.at;
+        const Row filled{0, 1'699'999'980, 100, 120, 80, 110, 130, 90};
+        EXPECT_EQ(fields(summary), faulted.status == 0 ? filled : fields(untouched_power()))
+            << faulted.at;
     });
 
-    EXPECT_EQ(failures, 15U);
+    EXPECT_EQ(failures, 1U + 1U + 4U + 4U + 4U + 14U + 4U);
 }
 
 TEST_F(DurationSummaryFaults, AnyFailureLeavesTheSupplySummary) {
     const size_t failures = sweep_faults(one_psu_row, ask_supply, [](const Faulted& faulted) {
-        EXPECT_EQ(fields(summary), fields(untouched_power())) << faulted.at;
+        const Row averages{7, 7, 100, 7, 7, 110, 7, 7};
+        EXPECT_EQ(fields(summary), faulted.status == 0 ? averages : fields(untouched_power()))
+            << faulted.at;
     });
 
-    EXPECT_EQ(failures, 11U);
+    EXPECT_EQ(failures, 1U + 1U + 4U + 4U + 4U + 6U + 4U);
 }
 
 TEST_F(DurationSummaryFaults, ExceptionOfAnyCallPassesThroughWithEveryHandleBack) {

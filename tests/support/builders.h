@@ -1,8 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
-// Sample rows of the history tables, open results over them, and records as plain numbers.
+// Sample rows of the history tables, open results over them, calls in a row, and records as plain
+// numbers.
 #pragma once
 
 #include <cstdint>
+#include <initializer_list>
+#include <string>
 #include <vector>
 
 #include "recorder.h"
@@ -26,6 +29,24 @@ inline std::vector<Row> steady_rows(int64_t newest, size_t count, const Row& val
     return rows_back_from(newest, std::vector<Row>(count, value));
 }
 
+// The reads of a policy row's columns from 0 to `last`: five bytes, then words.
+inline std::vector<std::string> policy_cells(int last) {
+    std::vector<std::string> reads;
+    for (int column = 0; column <= last; ++column) {
+        reads.push_back((column < 5 ? "uchar " : "short_uint ") + std::to_string(column));
+    }
+    return reads;
+}
+
+// One list of calls after another.
+inline std::vector<std::string> chain(std::initializer_list<std::vector<std::string>> parts) {
+    std::vector<std::string> all;
+    for (const std::vector<std::string>& part : parts) {
+        all.insert(all.end(), part.begin(), part.end());
+    }
+    return all;
+}
+
 // An open result for a sample reader, handed back at the end of the test. The log starts empty.
 class OpenResult {
 public:
@@ -37,7 +58,9 @@ public:
     explicit OpenResult(std::vector<Row> rows) : OpenResult(Rows{std::move(rows), 10, {}}) {}
     OpenResult(const OpenResult&) = delete;
     OpenResult& operator=(const OpenResult&) = delete;
-    ~OpenResult() { vek_db_free_result(handle_); }
+    ~OpenResult() {
+        if (handle_ != 0) vek_db_free_result(handle_);
+    }
 
     operator uint32_t() const { return handle_; }
 

@@ -33,10 +33,12 @@ Recorder::Verdict Recorder::judge(Operation operation) {
     const size_t number = ++fallible_;
     const size_t nth = ++seen_[operation];
     Verdict verdict;
-    if (fault && fault->at == number) verdict = {true, fault->mode, 1};
+    if (fault && fault->at == number) {
+        verdict = {true, fault->mode, fault->mode == Mode::minus_one ? -1 : 1, fault->length};
+    }
     for (const Chosen& chosen : chosen_) {
         if (chosen.operation == operation && chosen.nth == nth) {
-            verdict = {true, chosen.mode, chosen.result};
+            verdict = {true, chosen.mode, chosen.result, 0};
         }
     }
     if (verdict.fails && verdict.mode == Mode::thrown) throw PlatformFault{"scripted"};

@@ -52,14 +52,22 @@ enum class Operation {
 
 enum class Mode {
     error,              // the operation's failure value; nothing handed out
+    minus_one,          // another failure value
     error_with_handle,  // a failure value, and a handle all the same
     no_handle,          // success, but no handle
-    thrown              // an exception
+    thrown,             // an exception
+    early_end,          // a step: no more rows, though some are left
+    no_row,             // a step: a row is told, and none is current
+    no_rows,            // a row count: 0
+    one_row_less,       // a row count: one less than there are
+    one_row_more,       // a row count: one more than there are
+    other_length        // the firmware: `length` bytes of its answer, zeros after its end
 };
 
 struct Fault {
     size_t at;  // which of the calls that can fail, from 1
     Mode mode;
+    size_t length = 0;  // of an answer
 };
 
 struct PlatformFault : std::runtime_error {
@@ -98,6 +106,8 @@ public:
     size_t count(const std::string& first_word) const { return named(first_word).size(); }
     size_t fallible_calls() const { return fallible_; }
     std::vector<Operation> operations;  // those that can fail, in order
+    std::map<size_t, size_t>
+        answer_lengths;  // bytes that the firmware answered, by call that can fail
 
     // Handles that are still out, or were handed back wrongly, in words; empty when all is well.
     std::vector<std::string> handle_faults() const;
@@ -109,6 +119,7 @@ public:
         bool fails = false;
         Mode mode = Mode::error;
         int result = 1;
+        size_t length = 0;
     };
     Verdict judge(Operation operation);
     void log(const std::string& line) {

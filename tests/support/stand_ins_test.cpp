@@ -2,6 +2,8 @@
 // The scripted platform is in force: what the library calls is what these tests see.
 #include <ctime>
 
+#include "builders.h"
+#include "ipmiraw.h"
 #include "platform_test.h"
 #include "vekdb_client.h"
 
@@ -100,7 +102,7 @@ TEST_F(StandIns, ContentUsedAfterItsReleaseIsAFault) {
     platform().reset();
 }
 
-TEST_F(StandIns, SelectFailsInThreeWaysInASweep) {
+TEST_F(StandIns, SelectFailsInFourWaysInASweep) {
     const auto statuses =
         swept_statuses([](Recorder&) {},
                        [] {
@@ -111,5 +113,48 @@ TEST_F(StandIns, SelectFailsInThreeWaysInASweep) {
                            return seen;
                        });
 
-    EXPECT_EQ(statuses, (std::vector<uint32_t>{10, 11, 0}));
+    EXPECT_EQ(statuses, (Outcomes{{10, 10, 11, 0}}));
+}
+
+TEST_F(StandIns, StepGoesWrongInFourWaysInASweep) {
+    const auto statuses = swept_statuses([](Recorder&) {},
+                                         [] {
+                                             const OpenResult rows(std::vector<Row>{{5}});
+                                             if (rows == 0U) return 0U;
+                                             int32_t value = 0;
+                                             const int step = vek_db_result_step(rows);
+                                             vek_db_result_column_int(rows, 0, &value);
+                                             return static_cast<uint32_t>(10 * step + value);
+                                         });
+
+    EXPECT_EQ(statuses, (Outcomes{{0, 0, 95, 0}, {10, 4'294'967'286, 100, 90}, {90}}));
+}
+
+TEST_F(StandIns, RowCountGoesWrongInFourWaysInASweep) {
+    const auto statuses = swept_statuses(
+        [](Recorder&) {},
+        [] {
+            const OpenResult rows(std::vector<Row>{{5}});
+            return rows == 0U ? 0U : static_cast<uint32_t>(vek_db_result_row_count(rows));
+        });
+
+    EXPECT_EQ(statuses, (Outcomes{{0, 0, 1, 0}, {kMinusOne, 0, 0, 2}}));
+}
+
+TEST_F(StandIns, AnswerHasEveryShorterLengthAndAByteMoreInASweep) {
+    const auto statuses = swept_statuses(
+        [](Recorder& recorder) {
+            recorder.answer_ipmi({.bytes = {1, 2, 3}});
+        },
+        [] {
+            const uint8_t request[4]{};
+            uint8_t response[256]{};
+            uint32_t request_length = sizeof request;
+            uint32_t length = 0;
+            const int failed = send_ipmi_cmd(request, &request_length, response, &length);
+            const auto bytes = static_cast<uint32_t>(response[0] + response[1] + response[2]);
+            return failed != 0 ? 900 : 10 * length + bytes;
+        });
+
+    EXPECT_EQ(statuses, (Outcomes{{900, 900, 0, 11, 23, 46}}));
 }

@@ -15,20 +15,23 @@ void row_for_every_select(Recorder& recorder) {
 
 void nothing_stored(Recorder&) {}
 
-// open, clock, property; then per select three ways to fail, row count, property, step, four
-// columns, last step.
-std::vector<uint32_t> statuses_with_rows() {
-    std::vector<uint32_t> statuses{2, 0, 0};
+// Open, clock, property; then per query the select, row count, property, step, four columns, last
+// step.
+Outcomes statuses_with_rows() {
+    Outcomes statuses{{2}, {0}, {0}};
     for (int query = 0; query < 20; ++query) {
-        statuses.insert(statuses.end(), {3, 3, 3, 0, 0, 0, 0, 0, 0, 0, 0});
+        statuses = in_turn({statuses, each_of(1, 3), each_of(8, 0)});
     }
     return statuses;
 }
 
-std::vector<uint32_t> statuses_without_rows(uint32_t found_nothing) {
-    std::vector<uint32_t> statuses{2, found_nothing, found_nothing};
+// A row told where there is none is a query that found something.
+Outcomes statuses_without_rows(uint32_t found_nothing) {
+    Outcomes statuses{{2}, {found_nothing}, {found_nothing}};
+    Outcomes counted{{found_nothing, found_nothing, found_nothing, 0}};
+    if (found_nothing == 0) counted = each_of(1, 0);
     for (int query = 0; query < 20; ++query) {
-        statuses.insert(statuses.end(), {3, 3, 3, found_nothing});
+        statuses = in_turn({statuses, each_of(1, 3), counted});
     }
     return statuses;
 }
@@ -115,4 +118,36 @@ TEST_F(ThermalFaults, ExceptionOfAnyCallPassesThroughWithEveryHandleBack) {
     EXPECT_EQ(sweep_exceptions(row_for_every_select, [&] { return ask(2); }), 182U);
     EXPECT_EQ(sweep_exceptions(row_for_every_select, [&] { return ask_span(); }), 182U);
     EXPECT_EQ(sweep_exceptions(nothing_stored, [&] { return ask(2); }), 42U);
+}
+
+// -- the bucketing call
+
+class BucketFaults : public BucketTest {
+protected:
+    uint32_t walk_one() {
+        samples = grid_of(4, 0xFF);
+        samples[0].tm = 600;
+        count = 4;
+        return walk({{600, 1, 1, 20}});
+    }
+};
+
+// The select of the open result, property, step, four columns, last step.
+TEST_F(BucketFaults, EachFailingCallHasItsResult) {
+    EXPECT_EQ(swept_statuses(nothing_stored, [&] { return walk_one(); }),
+              in_turn({{{0, 0, 1, 0}}, each_of(7, 1)}));
+    EXPECT_EQ(sweep_exceptions(nothing_stored, [&] { return walk_one(); }), 8U);
+}
+
+TEST_F(BucketFaults, RowOfWhichTypeOrInstanceCannotBeReadIsSkipped) {
+    sweep_faults(
+        nothing_stored, [&] { return walk_one(); },
+        [&](const Faulted& faulted) {
+            if (faulted.status == 0) return;
+            const bool no_row = faulted.at == 3 && faulted.mode != Mode::no_row;
+            const bool skipped = no_row || faulted.at == 5 || faulted.at == 6;
+            const int64_t value = skipped ? -1 : faulted.at == 7 ? 0 : 20;
+            EXPECT_EQ(inlet(0), (Row{1, 600, value, value, value})) << faulted.at;
+            EXPECT_EQ(count, 4U);
+        });
 }

@@ -121,10 +121,8 @@ TEST_F(ThermalReadings, NoContentIs7AndInsertsNothing) {
 
 // The content, then per row four puts and an insert.
 TEST_F(ThermalReadings, EachFailingCallOfTheUpdateHasItsStatus) {
-    std::vector<uint32_t> expected{7};
-    expected.insert(expected.end(), 15, 0);
-
-    EXPECT_EQ(swept_statuses(nothing_stored, update_three), expected);
+    EXPECT_EQ(swept_statuses(nothing_stored, update_three),
+              in_turn({each_of(1, 7), each_of(15, 0)}));
 }
 
 TEST_F(ThermalReadings, ConnectionIsNotTested) {

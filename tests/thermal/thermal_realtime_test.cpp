@@ -184,12 +184,27 @@ TEST_F(ThermalRealtime, NullRecordReadsTheRowsAllTheSame) {
               (Calls{"step", "int 0", "short_int 1", "short_int 2", "short_int 3", "step"}));
 }
 
-// open, the select three ways, then per row a step and four columns, and the last step.
+// Open, select, then per row a step and four columns, and the last step.
 TEST_F(ThermalRealtime, EachFailingCallHasItsStatus) {
-    std::vector<uint32_t> expected{2, 3, 3, 3};
-    expected.insert(expected.end(), 16, 0);
+    EXPECT_EQ(swept_statuses(three_rows_stored, ask), in_turn({{{2}, {3}}, each_of(16, 0)}));
+}
 
-    EXPECT_EQ(swept_statuses(three_rows_stored, ask), expected);
+// The select of the open result, then as above.
+TEST_F(ThermalRealtime, ReaderIsDoneHoweverItsRowsEnd) {
+    const auto read = [&] {
+        const OpenResult rows({{0, 2, 1, 60}});
+        out = untouched();
+        return thermal_get_realtime_data(rows, &out);
+    };
+
+    EXPECT_EQ(swept_statuses([](Recorder&) {}, read), in_turn({{{0, 0, 1, 0}}, each_of(6, 1)}));
+    sweep_faults(
+        [](Recorder&) {}, read,
+        [&](const Faulted& faulted) {
+            const bool skipped = (faulted.at == 2 && faulted.mode != Mode::no_row) ||
+                                 faulted.at == 4 || faulted.at == 5 || faulted.status == 0;
+            EXPECT_EQ(out.cpu[0], skipped ? kUntouched : faulted.at == 6 ? 0 : 60) << faulted.at;
+        });
 }
 
 TEST_F(ThermalRealtime, FailedQueryLeavesTheRecord) {

@@ -78,7 +78,7 @@ TEST_F(ThermalRows, EachFailingStatementStopsTheStart) {
 
 // clock, trim, truncate, copy, truncate; without the clock nothing is trimmed.
 TEST_F(ThermalRows, EachFailingCallOfTheStartHasItsStatus) {
-    EXPECT_EQ(swept_statuses(nothing_stored, initialise), (std::vector<uint32_t>{0, 6, 6, 4, 6}));
+    EXPECT_EQ(swept_statuses(nothing_stored, initialise), (Outcomes{{0}, {6}, {6}, {4}, {6}}));
 }
 
 // -- save
@@ -127,9 +127,9 @@ TEST_F(ThermalRows, FailedSelectOfTheSaveCopiesNothing) {
     }
 }
 
-// The select three ways, step, column, copy.
+// Select, step, column, copy.
 TEST_F(ThermalRows, EachFailingCallOfTheSaveHasItsStatus) {
-    EXPECT_EQ(swept_statuses(one_row_stored, save), (std::vector<uint32_t>{6, 6, 6, 0, 0, 4}));
+    EXPECT_EQ(swept_statuses(one_row_stored, save), (Outcomes{{6}, {0}, {0}, {4}}));
 }
 
 // -- trim
@@ -175,7 +175,7 @@ TEST_F(ThermalRows, FailedTrimOfTheWorkingTableSparesTheOther) {
 }
 
 TEST_F(ThermalRows, EachFailingCallOfTheTrimHasItsStatus) {
-    EXPECT_EQ(swept_statuses(nothing_stored, clean_up), (std::vector<uint32_t>{0, 6, 6}));
+    EXPECT_EQ(swept_statuses(nothing_stored, clean_up), (Outcomes{{0}, {6}, {6}}));
 }
 
 // -- all
