@@ -78,10 +78,6 @@ void PowerFold::miss() {
     second_.miss();
 }
 
-void PowerFold::stamp(uint32_t slot_time) {
-    if (entry_->timestamp == 0) entry_->timestamp = slot_time;
-}
-
 void PowerFold::add() {
     first_.add();
     second_.add();
@@ -123,10 +119,6 @@ void PsuFold::miss() {
     ac_ = dc_ = db::kNoPower;
 }
 
-void PsuFold::stamp(uint32_t slot_time) {
-    if (entry_->timestamp == 0) entry_->timestamp = slot_time;
-}
-
 bool PsuFold::valid() const {
     return ac_ < db::kNoPower && dc_ < db::kNoPower;
 }
@@ -164,10 +156,6 @@ void PerfFold::read(uint32_t result) {
     for (uint8_t& value : current_) {
         vek_db_result_column_uchar(result, column++, &value);
     }
-}
-
-void PerfFold::stamp(uint32_t slot_time) {
-    if (entry_->timestamp == 0) entry_->timestamp = slot_time;
 }
 
 bool PerfFold::valid() const {

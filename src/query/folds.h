@@ -10,6 +10,11 @@
 
 namespace pwrmgt::query {
 
+// The stamp of an entry is that of its newest slot.
+inline void stamp_once(uint32_t& timestamp, uint32_t slot_time) {
+    if (timestamp == 0) timestamp = slot_time;
+}
+
 // Average, maximum and minimum of one column group.
 class PowerGroup {
 public:
@@ -40,7 +45,7 @@ public:
     void open(int32_t entry);
     void read(uint32_t result);
     void miss();
-    void stamp(uint32_t slot_time);
+    void stamp(uint32_t slot_time) { stamp_once(entry_->timestamp, slot_time); }
     bool valid() const { return first_.valid(); }
     void add();
     int32_t close(int32_t entry);
@@ -63,7 +68,7 @@ public:
     void open(int32_t entry);
     void read(uint32_t result);
     void miss();
-    void stamp(uint32_t slot_time);
+    void stamp(uint32_t slot_time) { stamp_once(entry_->timestamp, slot_time); }
     bool valid() const;
     void add();
     int32_t close(int32_t entry);
@@ -87,7 +92,7 @@ public:
     void open(int32_t entry);
     void read(uint32_t result);
     void miss() { current_.fill(255); }
-    void stamp(uint32_t slot_time);
+    void stamp(uint32_t slot_time) { stamp_once(entry_->timestamp, slot_time); }
     bool valid() const;
     void add();
     int32_t close(int32_t entry);
