@@ -1,5 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // The statement texts that the library formats, as they stand.
+#include <algorithm>
+
 #include "database_test.h"
 
 namespace {
@@ -157,6 +159,80 @@ TEST_F(LibraryStatements, OneTextWithManyNumbersGivesEachItsOwnRows) {
                    1),
             (Table{{slot}}));
     }
+}
+
+TEST_F(LibraryStatements, TrimPast2038EmptiesTheTable) {
+    insert_slot(db_, "HistPowers24HrMem", 1, 30, 1);
+    insert_slot(db_, "HistPowers24HrMem", 2, 2147483670, 1);
+
+    EXPECT_EQ(raw(db_,
+                  "DELETE FROM HistPowers24HrMem where Timestamp < 2147397278 or Timestamp > "
+                  "-2147483648"),
+              0);
+    EXPECT_EQ(slots("HistPowers24HrMem"), Table{});
+}
+
+TEST_F(LibraryStatements, NumbersBelowZeroAreComparedAsNumbers) {
+    thermal_row("HistThermal24HrMem", -60, 1, 1, -5);
+    thermal_row("HistThermal24HrMem", 60, 1, 1, 5);
+
+    EXPECT_EQ(select(db_,
+                     "select * from HistThermal24HrMem where Type=1 and InstNum=1 and "
+                     "Timestamp>=-2147483648 and Timestamp<=-1 order by Timestamp ASC",
+                     4),
+              (Table{{4294967236, 1, 1, 4294967291}}));
+    EXPECT_EQ(select(db_, "select Value from HistThermal24HrMem where Timestamp>-61", 1).size(),
+              2u);
+}
+
+TEST_F(LibraryStatements, NumbersAboveAnyColumnsAreComparedAsNumbers) {
+    insert_slot(db_, "HistPowers24HrMem", 1, 4294967295, 1);
+
+    EXPECT_EQ(
+        select(db_, "select _id from HistPowers24HrMem where Timestamp<9223372036854775807", 1),
+        (Table{{1}}));
+    EXPECT_EQ(
+        select(db_, "select _id from HistPowers24HrMem where Timestamp<99999999999999999999", 1),
+        (Table{{1}}));
+}
+
+TEST_F(LibraryStatements, NamesMayBeQuotedAndABackslashIsACharacter) {
+    insert_slot(db_, "HistPowers24HrMem", 1, 30, 1);
+
+    EXPECT_EQ(
+        select(db_, R"(select "Timestamp" from "HistPowers24HrMem" where '\'<>'' or "_id"=7)", 1),
+        (Table{{30}}));
+}
+
+TEST_F(LibraryStatements, EmptiedTableKeepsTheOrderOfComing) {
+    for (int round = 0; round < 2; ++round) {
+        EXPECT_EQ(vek_db_delete(db_, "PsuPropertyMem", nullptr), 0);
+        for (std::uint8_t bay = 1; bay <= 12; ++bay) {
+            const std::uint32_t content = vek_db_get_content_values();
+            vek_db_content_put_uchar(content, "PsuId", bay);
+            vek_db_insert(db_, "PsuPropertyMem", content, 0, 0);
+            vek_db_free_content_values(content);
+        }
+        const Table bays = select(db_, "select PsuId from PsuPropertyMem", 1);
+        ASSERT_EQ(bays.size(), 12u);
+        EXPECT_TRUE(std::is_sorted(bays.begin(), bays.end()));
+    }
+}
+
+TEST_F(LibraryStatements, RowsAreReplacedFromATableAsOneByOne) {
+    insert_slot(db_, "HistPowers24Hr", 1, 30, 100);
+    insert_slot(db_, "HistPowers24HrMem", 1, 30, 200);
+    insert_slot(db_, "HistPowers24HrMem", 2, 60, 300);
+
+    EXPECT_EQ(raw(db_, "INSERT INTO HistPowers24Hr SELECT * FROM HistPowers24HrMem"), 0);
+    EXPECT_EQ(select(db_, "select _id, SysAvgDc from HistPowers24Hr order by _id", 2),
+              (Table{{1, 200}, {2, 300}}));
+}
+
+TEST_F(LibraryStatements, RowOfTheHistoryWithoutSlotOrTimeIsRefused) {
+    EXPECT_EQ(raw(db_, "insert into HistPowers24HrMem (Timestamp) values (30)"), 2);
+    EXPECT_EQ(raw(db_, "insert into HistPowers24Hr (_id) values (1)"), 2);
+    EXPECT_EQ(slots("HistPowers24HrMem"), Table{});
 }
 
 }  // namespace

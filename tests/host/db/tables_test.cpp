@@ -1,6 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 // What each table holds, and when two of its rows are one.
+#include <numeric>
+
 #include "database_test.h"
+#include "db/schema.h"
 
 namespace {
 
@@ -50,6 +53,31 @@ TEST_F(Tables, LastColumnsStandAtTheirPlaces) {
     EXPECT_TRUE(stands_at("PsuPropertyMem", "OutputLablePower", 6));
     EXPECT_TRUE(stands_at("HistThermal24HrMem", "Timestamp", 0));
     EXPECT_TRUE(stands_at("RealTimeThermalMem", "Value", 3));
+}
+
+TEST_F(Tables, EveryColumnIsWrittenAndReadByItsName) {
+    for (const pwrmgt::vekdb::TableShape& table : pwrmgt::vekdb::tables()) {
+        const std::string names{table.columns};
+        const std::uint32_t content = vek_db_get_content_values();
+        int columns = 0;
+        for (std::size_t at = 0; at < names.size(); at = names.find(',', at) + 1) {
+            const std::string name = names.substr(at, names.find(',', at) - at);
+            EXPECT_EQ(vek_db_content_put_short_uint(content, name.c_str(),
+                                                    static_cast<std::uint16_t>(700 + columns)),
+                      0);
+            ++columns;
+            if (names.find(',', at) == std::string::npos) break;
+        }
+        EXPECT_EQ(vek_db_insert(db_, table.name, content, 0, 0), 0) << table.name;
+        vek_db_free_content_values(content);
+        std::vector<std::int64_t> expected(static_cast<std::size_t>(columns));
+        std::iota(expected.begin(), expected.end(), 700);
+
+        EXPECT_EQ(select(db_, "select " + names + " from " + table.name, columns),
+                  (Table{expected}));
+        EXPECT_EQ(select(db_, std::string{"select * from "} + table.name, columns),
+                  (Table{expected}));
+    }
 }
 
 TEST_F(Tables, PairsHaveTheSameColumnsInTheSameOrder) {

@@ -38,9 +38,8 @@ std::vector<std::string> options(const std::string& directory) {
             "--innodb-temp-data-file-path=ibtmp1:4M:autoextend",
             "--innodb-autoextend-increment=1",
             "--innodb-undo-tablespaces=0",
-            "--innodb-flush-log-at-trx-commit=0",
+            "--innodb-flush-log-at-trx-commit=2",
             "--innodb-doublewrite=0",
-            "--innodb-flush-method=nosync",
             "--sync-frm=0"};
 }
 
@@ -61,6 +60,7 @@ pid_t spawn(const std::vector<std::string>& words, const std::string& input) {
     dup2(from, STDIN_FILENO);
     dup2(to, STDOUT_FILENO);
     dup2(to, STDERR_FILENO);
+    setenv("LD_PRELOAD", NO_SYNC, 1);
     execv(arguments[0], arguments.data());
     _exit(1);
 }
