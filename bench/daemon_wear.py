@@ -4,7 +4,7 @@
 (write_bytes of /proc/PID/io), for several --persist-every.
 
 The day before is replayed first, so that every slot replaces one and every trim has something to trim. The daemon then
-records a few hours under a clock that runs fast, and after each slot everything is written out: in real time there are
+records slot by slot under a clock that is moved when everything of the last one has been written out: in real time there are
 30 seconds between two slots, and a page that is changed in the next one is written once more.
 
     bench/daemon_wear.py build/release/tools/pwrmgtd/pwrmgtd [--slots 240] [--disk DIRECTORY]"""
@@ -15,12 +15,28 @@ import re
 import signal
 import subprocess
 import tempfile
+from datetime import datetime, timezone
 from pathlib import Path
 
 START = 1748995210  # 2025-06-04 00:00:10
-SPEED = 120
+SLOT_S = 30
 SLOTS_A_DAY = 2880
 TRACE = Path(__file__).resolve().parent.parent / "data" / "server_4socket_24h_60s.csv"
+
+
+class Clock:
+    """Stands still where it is put; a daemon that is woken notices."""
+
+    def __init__(self, directory):
+        self.file = Path(directory, "clock")
+        self.now = START
+        self.move(0)
+
+    def move(self, seconds):
+        self.now += seconds
+        new = self.file.with_suffix(".new")
+        new.write_text(f"{datetime.fromtimestamp(self.now, timezone.utc):%Y-%m-%d %H:%M:%S}\n", encoding="ascii")
+        new.rename(self.file)
 
 
 def environment(state, runtime, clock):
@@ -28,8 +44,8 @@ def environment(state, runtime, clock):
     if not faketime:
         raise SystemExit("libfaketime is missing: apt-get install libfaketime")
     return os.environ | {"VEKDB_STATE_DIR": state, "VEKDB_RUNTIME_DIR": runtime, "PWRMGTD_CONFIG": os.devnull, "TZ": "UTC",
-                         "LD_PRELOAD": faketime[0], "FAKETIME": clock, "FAKETIME_DONT_FAKE_MONOTONIC": "1",
-                         "NO_FAKE_STAT": "1"}
+                         "LD_PRELOAD": faketime[0], "FAKETIME_TIMESTAMP_FILE": str(clock.file), "FAKETIME_NO_CACHE": "1",
+                         "FAKETIME_DONT_FAKE_MONOTONIC": "1", "NO_FAKE_STAT": "1"}
 
 
 def written(process):
@@ -37,27 +53,40 @@ def written(process):
     return int(re.search(r"^write_bytes: (\d+)$", account, re.MULTILINE)[1])
 
 
+def wait_for(process, words):
+    for line in process.stderr:
+        if words in line:
+            return
+    raise SystemExit("the daemon ended early")
+
+
+def record(process, clock, slots, batch, state):
+    """So many slots, a save after each batch of them."""
+    for slot in range(1, slots + 1):
+        clock.move(SLOT_S)
+        process.send_signal(signal.SIGHUP)  # wakes it
+        wait_for(process, "recorded up to")
+        if slot % batch == 0:
+            wait_for(process, "saved up to")
+        subprocess.run(["sync", "-f", state], check=True)
+
+
 def measure(daemon, slots, batch, disk):
-    """Bytes per slot."""
+    """Bytes per slot, from one save to another."""
     with tempfile.TemporaryDirectory(prefix="daemon-wear-", dir=disk) as state, \
             tempfile.TemporaryDirectory(prefix="daemon-wear-", dir="/dev/shm") as runtime:
-        subprocess.run([daemon, "--replay", str(TRACE), "--until", str(START)], check=True, capture_output=True,
-                       env=environment(state, runtime, "2025-06-04 00:00:10"))
+        clock = Clock(runtime)
+        variables = environment(state, runtime, clock)
+        subprocess.run([daemon, "--replay", str(TRACE), "--until", str(START)], check=True, capture_output=True, env=variables)
         process = subprocess.Popen([daemon, "--source", "trace", "--trace", str(TRACE), "--verbose", "--persist-every",
-                                    str(batch)], env=environment(state, runtime, f"@2025-06-04 00:00:10 x{SPEED}"),
-                                   stderr=subprocess.PIPE, text=True)
+                                    str(batch)], env=variables, stderr=subprocess.PIPE, text=True)
         try:
-            seen, before = 0, None
-            for line in process.stderr:
-                if "recorded up to" not in line:
-                    continue
-                subprocess.run(["sync", "-f", state], check=True)
-                seen += 1
-                if before is None and seen >= batch:  # from one save on
-                    before, seen = written(process), 0
-                if before is not None and seen >= slots:
-                    return (written(process) - before) / seen
-            raise SystemExit("the daemon ended early")
+            wait_for(process, "recording from")
+            record(process, clock, batch, batch, state)
+            before = written(process)
+            whole = max(slots // batch, 1) * batch
+            record(process, clock, whole, batch, state)
+            return (written(process) - before) / whole
         finally:
             process.send_signal(signal.SIGTERM)
             process.communicate()
@@ -68,7 +97,7 @@ def main():
     parser.add_argument("daemon")
     parser.add_argument("--slots", type=int, default=240, help="slots to measure over, 240 by default")
     parser.add_argument("--disk", default=".", help="a directory on a disk, this one by default")
-    parser.add_argument("--batches", type=int, nargs="+", default=[1, 10, 60, 240], help="values of --persist-every")
+    parser.add_argument("--batches", type=int, nargs="+", default=[1, 10, 20, 60], help="values of --persist-every")
     arguments = parser.parse_args()
     print(f"{'--persist-every':>15} {'bytes a slot':>13} {'MiB a day':>10}")
     for batch in arguments.batches:

@@ -61,7 +61,7 @@ void Schedule::tick(std::int64_t now_s) {
 bool Schedule::advance(std::int64_t now_s) {
     if (!enter_slot(now_s) || queued_.empty()) return false;
     write_queued(now_s);
-    station_.tables.trim(now_s);
+    station_.tables.trim_working(now_s);
     return true;
 }
 
@@ -159,10 +159,16 @@ bool Schedule::save(std::int64_t now_s) {
     if (!first_unsaved_s_) return true;
     const std::int64_t first_s =
         std::max({*first_unsaved_s_, oldest_kept(now_s), last_written_s_ - kDay_s + kSlot_s});
-    if (first_s <= last_written_s_ && !station_.tables.save(first_s, last_written_s_)) return false;
+    if (first_s <= last_written_s_ && !save_slots(first_s, last_written_s_, now_s)) return false;
     first_unsaved_s_.reset();
     station_.log.detail("saved up to the slot of " + time_text(last_written_s_));
     return true;
+}
+
+// A clock that recording waits for is none to trim by.
+bool Schedule::save_slots(std::int64_t first_s, std::int64_t last_s, std::int64_t now_s) {
+    if (!open_s_) return station_.tables.save(first_s, last_s);
+    return station_.tables.trim_and_save(first_s, last_s, now_s);
 }
 
 void Schedule::save_on_request() {

@@ -72,6 +72,7 @@ private:
     void queue_slots_before(std::int64_t slot_s, std::int64_t now_s);
     void write_queued(std::int64_t now_s);
     bool save(std::int64_t now_s);
+    bool save_slots(std::int64_t first_s, std::int64_t last_s, std::int64_t now_s);
     std::int64_t unsaved_slots() const;
     void take_reading(std::int64_t now_s);
 

@@ -14,7 +14,7 @@ struct Meaning {
 };
 
 // clang-format off
-constexpr std::array<Meaning, 42> kMeanings{{
+constexpr std::array<Meaning, 51> kMeanings{{
     {"pwrmgt_init_hist_table",          1,  "no database connection"},
     {"pwrmgt_init_hist_table",          6,  "old rows could not be trimmed, or the working table not emptied"},
     {"pwrmgt_init_hist_table",          4,  "the saved history could not be copied to the working table"},
@@ -35,10 +35,18 @@ constexpr std::array<Meaning, 42> kMeanings{{
     {"pwrmgt_update_realtime_table",    4,  "the real-time row could not be inserted"},
     {"pwrmgt_update_realtime_table",    5,  "the real-time row could not be updated"},
     {"pwrmgt_update_hist_table",        1,  "no database connection, or a time outside 32 bits"},
-    {"pwrmgt_update_hist_table",        7,  "no memory for the row"},
+    {"pwrmgt_update_hist_table",        4,  "no space is left"},
+    {"pwrmgt_update_hist_table",        7,  "no memory for the row, or the disk failed"},
     {"pwrmgt_cleanup_hist_mem_table",   1,  "no database connection"},
     {"pwrmgt_cleanup_hist_mem_table",   6,  "old rows could not be trimmed"},
     {"pwrmgt_update_hist_persist_db",   3,  "bad slots"},
+    {"pwrmgt_update_hist_persist_db",   4,  "no space is left"},
+    {"pwrmgt_update_hist_persist_db",   7,  "the disk failed"},
+    {"storing slots",                   4,  "no space is left"},
+    {"storing slots",                   7,  "the disk failed"},
+    {"saving slots",                    4,  "no space is left"},
+    {"saving slots",                    5,  "the disk is read-only"},
+    {"saving slots",                    7,  "the disk failed or is read-only"},
     {"pwrmgt_get_realtime_powers",      10, "the platform does not offer live readings"},
     {"pwrmgt_get_realtime_powers",      31, "the firmware did not answer, refused, or answered with another length"},
     {"pwrmgt_get_db_handle",            1,  "the database did not open"},
@@ -51,7 +59,8 @@ constexpr std::array<Meaning, 42> kMeanings{{
     {"pwrmgt_init_hist_extra_table",    1,  "no database connection"},
     {"pwrmgt_init_hist_extra_table",    6,  "old rows could not be trimmed, or the working table not emptied"},
     {"pwrmgt_update_hist_extra_table",  1,  "no database connection, or a time outside 32 bits"},
-    {"pwrmgt_update_hist_extra_table",  7,  "no memory for the row"},
+    {"pwrmgt_update_hist_extra_table",  4,  "no space is left"},
+    {"pwrmgt_update_hist_extra_table",  7,  "no memory for the row, or the disk failed"},
     {"pwrmgt_cleanup_extra_hist_mem_table", 1, "no database connection"},
     {"pwrmgt_cleanup_extra_hist_mem_table", 6, "old rows could not be trimmed"},
     {"pwrmgt_update_cpu_pwr_hist_table", 1, "no database connection"},

@@ -19,6 +19,7 @@ namespace {
 
 constexpr int kRowReady = 9;
 constexpr std::int64_t kCpuHistory_s = 600;
+constexpr const char* kSaving = "saving slots";
 
 // A result of the database client, handed back in the end.
 class Rows {
@@ -51,6 +52,12 @@ public:
 private:
     std::uint32_t handle_ = 0;
 };
+
+// A table may refuse a row for itself; any other trouble is one of the whole database, and passes.
+bool fails(const std::optional<std::uint32_t>& status) {
+    constexpr std::uint32_t kRefused = 2;
+    return status && *status != 0 && *status != kRefused;
+}
 
 std::string within(std::int64_t first_s, std::int64_t last_s) {
     return "Timestamp>=" + std::to_string(first_s) + " AND Timestamp<=" + std::to_string(last_s);
@@ -87,61 +94,111 @@ bool DatabaseTables::show(const Reading& reading, std::int64_t now_s) {
         pwrmgt_update_realtime_table(connection_, row, static_cast<std::uint32_t>(now_s)));
 }
 
-// A row of the main history counts; the others follow it, and what they refuse is in the log.
-bool DatabaseTables::append_one(const Row& row) {
-    const auto stamp_s = static_cast<std::int32_t>(row.stamp_s);
-    const std::uint16_t slot = slot_number(row.stamp_s);
-    if (!note_status(log_, "pwrmgt_update_hist_table",
-                     pwrmgt_update_hist_table(connection_, slot, stamp_s, row.sample))) {
-        return false;
-    }
-    note_status(log_, "pwrmgt_update_hist_extra_table",
-                pwrmgt_update_hist_extra_table(connection_, slot, stamp_s, row.extra));
-    return true;
-}
-
-void DatabaseTables::append_cpus(const Row& row) {
+std::uint32_t DatabaseTables::append_cpus(const Row& row) {
     pwrmgt_cpu_pwr_sample_t sample{};
     sample.id = slot_number(row.stamp_s);
     sample.timestamp = static_cast<std::uint32_t>(row.stamp_s);
     std::copy(row.each_cpu_w.begin(), row.each_cpu_w.end(), sample.cpu_w);
-    note_status(log_, "pwrmgt_update_cpu_pwr_hist_table",
-                pwrmgt_update_cpu_pwr_hist_table(connection_, sample));
+    return pwrmgt_update_cpu_pwr_hist_table(connection_, sample);
+}
+
+// Up to the first row that the main history refuses, or that fails for the others.
+DatabaseTables::Appended DatabaseTables::append_each(std::span<const Row> rows) {
+    Appended done;
+    for (const Row& row : rows) {
+        const auto stamp_s = static_cast<std::int32_t>(row.stamp_s);
+        const std::uint16_t slot = slot_number(row.stamp_s);
+        done.main = pwrmgt_update_hist_table(connection_, slot, stamp_s, row.sample);
+        if (done.main != 0) break;
+        done.extra = pwrmgt_update_hist_extra_table(connection_, slot, stamp_s, row.extra);
+        if (row.stamp_s > rows.back().stamp_s - kCpuHistory_s) done.cpus = append_cpus(row);
+        if (fails(done.extra) || fails(done.cpus)) break;
+        ++done.rows;
+    }
+    return done;
+}
+
+// What was not kept may have found the database at work, which is no end of its troubles.
+void DatabaseTables::note_appended(const Appended& done, bool kept) {
+    const auto note = [&](const char* function, const std::optional<std::uint32_t>& status) {
+        if (status && (kept || *status != 0)) note_status(log_, function, *status);
+    };
+    note("pwrmgt_update_hist_table", done.main);
+    note("pwrmgt_update_hist_extra_table", done.extra);
+    note("pwrmgt_update_cpu_pwr_hist_table", done.cpus);
 }
 
 std::size_t DatabaseTables::append(std::span<const Row> rows) {
-    // One transaction where the database has them: a day of missed slots is one write, not 2880.
-    const bool together = rows.size() > 1 && statement("BEGIN");
-    std::size_t done = 0;
-    for (const Row& row : rows) {
-        if (!append_one(row)) break;
-        if (row.stamp_s > rows.back().stamp_s - kCpuHistory_s) append_cpus(row);
-        ++done;
+    const bool begun = statement("BEGIN") == 0;
+    const Appended done = append_each(rows);
+    if (!begun) {
+        note_appended(done, true);
+        return done.rows;
     }
-    if (!together) return done;
-    const bool kept = statement("COMMIT");
-    log_.state("storing several slots", kept ? "" : "the transaction did not end well");
-    if (!kept) statement("ROLLBACK");
-    return kept ? done : 0;
+    const bool whole = !fails(done.extra) && !fails(done.cpus);
+    const std::uint32_t ended = statement(whole ? "COMMIT" : "ROLLBACK");
+    if (ended != 0) statement("ROLLBACK");
+    const bool kept = whole && ended == 0;
+    note_appended(done, kept);
+    if (kept || (whole && done.main == 0U)) note_status(log_, "storing slots", ended);
+    return kept ? done.rows : 0;
 }
 
-// One write to the flash instead of one per table.
+// One transaction: all of the work or none, and one write to the flash instead of one per
+// statement. When work has failed before, how its transaction ends says nothing more.
+template <class Work>
+bool DatabaseTables::together(const char* what, Work work) {
+    const bool begun = statement("BEGIN") == 0;
+    const bool done = work();
+    if (!begun) return done;
+    const std::uint32_t ended = statement("COMMIT");
+    if (ended != 0) statement("ROLLBACK");
+    if (done || ended == 0) note_status(log_, what, ended);
+    return done && ended == 0;
+}
+
+// The library's own trims take the persistent tables along, and these are worth a write with the
+// next save only.
+bool DatabaseTables::trim_working(std::int64_t now_s) {
+    constexpr const char* kWhat = "trimming the working tables";
+    const std::string old = "Timestamp<" + std::to_string(now_s - kDay_s);
+    const std::string now = std::to_string(now_s);
+    const bool trimmed = together(kWhat, [&] {
+        bool done = trim_cpus(now_s);
+        for (const char* table : {kWorkingHistory, kWorkingExtra}) {
+            const std::string outside = old + " OR Timestamp>=" + now;
+            done &= vek_db_delete(connection_, table, outside.c_str()) == 0;
+        }
+        const std::string outside = old + " OR Timestamp>" + now;
+        done &= vek_db_delete(connection_, kWorkingThermal, outside.c_str()) == 0;
+        if (!done) log_.state(kWhat, "the database refused");
+        return done;
+    });
+    follow_trimmed_temperatures(now_s);
+    return trimmed;
+}
+
 bool DatabaseTables::trim(std::int64_t now_s) {
-    const bool together = statement("BEGIN");
-    const bool trimmed = trim_power(now_s);
-    trim_temperatures(now_s);
-    if (!together || statement("COMMIT")) return trimmed;
-    statement("ROLLBACK");
-    return false;
+    const bool trimmed = together("trimming the tables", [&] {
+        const bool power = trim_power(now_s);
+        trim_temperatures();
+        return power;
+    });
+    follow_trimmed_temperatures(now_s);
+    return trimmed;
+}
+
+bool DatabaseTables::trim_cpus(std::int64_t now_s) {
+    return note_status(
+        log_, "pwrmgt_cleanup_cpu_pwr_hist_table",
+        pwrmgt_cleanup_cpu_pwr_hist_table(connection_, static_cast<std::uint32_t>(now_s)));
 }
 
 bool DatabaseTables::trim_power(std::int64_t now_s) {
     const auto now = static_cast<std::int32_t>(now_s);
     const bool extra = note_status(log_, "pwrmgt_cleanup_extra_hist_mem_table",
                                    pwrmgt_cleanup_extra_hist_mem_table(connection_, now));
-    const bool cpus = note_status(
-        log_, "pwrmgt_cleanup_cpu_pwr_hist_table",
-        pwrmgt_cleanup_cpu_pwr_hist_table(connection_, static_cast<std::uint32_t>(now_s)));
+    const bool cpus = trim_cpus(now_s);
     return note_status(log_, "pwrmgt_cleanup_hist_mem_table",
                        pwrmgt_cleanup_hist_mem_table(connection_, now)) &&
            extra && cpus;
@@ -154,9 +211,9 @@ bool DatabaseTables::save_extra(std::int64_t first_s, std::int64_t last_s) {
     bool saved = true;
     for (std::int64_t stamp_s = first_s; stamp_s <= last_s; stamp_s += kSlot_s) {
         const std::string this_slot = " where _id=" + std::to_string(slot_number(stamp_s));
-        saved &= statement(std::string("delete from ") + kPersistentExtra + this_slot);
-        saved &= statement(std::string("insert into ") + kPersistentExtra + " select * from " +
-                           kWorkingExtra + this_slot);
+        saved &= 0 == statement(std::string("delete from ") + kPersistentExtra + this_slot);
+        saved &= 0 == statement(std::string("insert into ") + kPersistentExtra + " select * from " +
+                                kWorkingExtra + this_slot);
     }
     return note_status(log_, "saving supplies 5 to 12", saved ? 0 : 4);
 }
@@ -170,23 +227,35 @@ bool DatabaseTables::is_saved(const char* what, const char* working, const char*
     return note_status(log_, what, !readable ? 3 : there >= wanted ? 0 : 1);
 }
 
-bool DatabaseTables::save(std::int64_t first_s, std::int64_t last_s) {
+bool DatabaseTables::copy_slots(std::int64_t first_s, std::int64_t last_s) {
     const std::int64_t slots = (last_s - first_s) / kSlot_s + 1;
-    // All slots or none, and one write to the flash instead of one per statement.
-    const bool together = statement("BEGIN");
     const std::uint32_t status = pwrmgt_update_hist_persist_db(connection_, slot_number(first_s),
                                                                static_cast<std::uint32_t>(slots));
-    bool saved = note_status(log_, "pwrmgt_update_hist_persist_db", status);
-    saved &= save_extra(first_s, last_s);
-    if (together && !statement("COMMIT")) {
-        statement("ROLLBACK");
-        saved = false;
-    }
-    saved &= save_temperatures();
+    const bool main = note_status(log_, "pwrmgt_update_hist_persist_db", status);
+    const bool extra = save_extra(first_s, last_s);
+    return save_temperatures() && main && extra;
+}
+
+bool DatabaseTables::is_safe(std::int64_t first_s, std::int64_t last_s) {
     const std::string range = within(first_s, last_s);
-    const bool main_there = is_saved("saved rows", kWorkingHistory, kPersistentHistory, range);
-    const bool extra_there = is_saved("saved extra rows", kWorkingExtra, kPersistentExtra, range);
-    return saved && main_there && extra_there && flush_saved();
+    const bool main = is_saved("saved rows", kWorkingHistory, kPersistentHistory, range);
+    const bool extra = is_saved("saved extra rows", kWorkingExtra, kPersistentExtra, range);
+    return main && extra && flush_saved();
+}
+
+bool DatabaseTables::save(std::int64_t first_s, std::int64_t last_s) {
+    const bool saved = together(kSaving, [&] { return copy_slots(first_s, last_s); });
+    return is_safe(first_s, last_s) && saved;
+}
+
+bool DatabaseTables::trim_and_save(std::int64_t first_s, std::int64_t last_s, std::int64_t now_s) {
+    const bool saved = together(kSaving, [&] {
+        const bool power = trim_power(now_s);
+        const bool temperatures = trim_temperatures();
+        return copy_slots(first_s, last_s) && power && temperatures;
+    });
+    follow_trimmed_temperatures(now_s);
+    return is_safe(first_s, last_s) && saved;
 }
 
 // The database answers before a save has reached the disk: what it appended to its log could still
@@ -207,10 +276,13 @@ bool DatabaseTables::save_temperatures() {
                        thermal_save_hist_mem_table(connection_));
 }
 
+bool DatabaseTables::trim_temperatures() {
+    return note_status(log_, "thermal_cleanup_hist_mem_table",
+                       thermal_cleanup_hist_mem_table(connection_));
+}
+
 // A clock that went back took the records of the future with it.
-void DatabaseTables::trim_temperatures(std::int64_t now_s) {
-    note_status(log_, "thermal_cleanup_hist_mem_table",
-                thermal_cleanup_hist_mem_table(connection_));
+void DatabaseTables::follow_trimmed_temperatures(std::int64_t now_s) {
     if (temperatures_.newest_s() <= now_s) return;
     const std::optional<Extent> history = extent(kWorkingThermal);
     if (history) temperatures_.resume(connection_, history->newest_s);
@@ -275,9 +347,10 @@ int DatabaseTables::count(const char* table, const std::string& filter) {
     return rows.count();
 }
 
-bool DatabaseTables::statement(const std::string& sql) {
-    return vek_db_raw_query(connection_, sql.c_str(), static_cast<std::uint32_t>(sql.size()),
-                            nullptr) == 0;
+// 0, or the database client's own number of what went wrong.
+std::uint32_t DatabaseTables::statement(const std::string& sql) {
+    return static_cast<std::uint32_t>(vek_db_raw_query(
+        connection_, sql.c_str(), static_cast<std::uint32_t>(sql.size()), nullptr));
 }
 
 }  // namespace pwrmgt::pwrmgtd

@@ -29,15 +29,20 @@ public:
     virtual bool show(const Reading& reading, std::int64_t now_s) = 0;
 
     // Appends rows to the working histories, in order, up to the first that the main one refuses.
-    // Returns how many are in.
+    // Returns how many are in; none when the database fails on the way.
     virtual std::size_t append(std::span<const Row> rows) = 0;
 
-    // Drops what is older than a day (processors: 600 seconds), or not before `now_s`.
+    // Drops what is older than a day (processors: 600 seconds), or not before `now_s`: from the
+    // working histories, which costs the disk nothing, or from the persistent ones too.
+    virtual bool trim_working(std::int64_t now_s) = 0;
     virtual bool trim(std::int64_t now_s) = 0;
 
     // Copies the slots from `first_s` to `last_s` to the persistent histories, at most a day of
     // them; true when all of them are there.
     virtual bool save(std::int64_t first_s, std::int64_t last_s) = 0;
+
+    // Trims all histories first, and writes both to the disk at once.
+    virtual bool trim_and_save(std::int64_t first_s, std::int64_t last_s, std::int64_t now_s) = 0;
 
     // The newest stamp of the working history, nothing when that is empty. False when it cannot be
     // read.
@@ -55,8 +60,10 @@ public:
 
     bool show(const Reading& reading, std::int64_t now_s) override;
     std::size_t append(std::span<const Row> rows) override;
+    bool trim_working(std::int64_t now_s) override;
     bool trim(std::int64_t now_s) override;
     bool save(std::int64_t first_s, std::int64_t last_s) override;
+    bool trim_and_save(std::int64_t first_s, std::int64_t last_s, std::int64_t now_s) override;
     bool read_newest(std::optional<std::int64_t>& stamp_s) override;
 
     // Brings the thermal tables in order; called once, before the first reading.
@@ -84,13 +91,29 @@ public:
     int count(const char* table, const std::string& filter);
 
 private:
-    bool statement(const std::string& sql);
+    std::uint32_t statement(const std::string& sql);
+    template <class Work>
+    bool together(const char* what, Work work);
     bool save_temperatures();
     bool flush_saved();
+    bool trim_cpus(std::int64_t now_s);
     bool trim_power(std::int64_t now_s);
-    void trim_temperatures(std::int64_t now_s);
-    bool append_one(const Row& row);
-    void append_cpus(const Row& row);
+    bool trim_temperatures();
+    void follow_trimmed_temperatures(std::int64_t now_s);
+    bool copy_slots(std::int64_t first_s, std::int64_t last_s);
+    bool is_safe(std::int64_t first_s, std::int64_t last_s);
+
+    // Statuses of the last row; nothing where none was tried.
+    struct Appended {
+        std::size_t rows = 0;
+        std::optional<std::uint32_t> main;
+        std::optional<std::uint32_t> extra;
+        std::optional<std::uint32_t> cpus;
+    };
+    Appended append_each(std::span<const Row> rows);
+    void note_appended(const Appended& done, bool kept);
+    std::uint32_t append_cpus(const Row& row);
+
     bool save_extra(std::int64_t first_s, std::int64_t last_s);
     bool is_saved(const char* what, const char* working, const char* persistent,
                   const std::string& range);

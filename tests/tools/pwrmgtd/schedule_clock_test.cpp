@@ -159,6 +159,18 @@ TEST_F(ScheduleClockTest, AClockThatIsSetLaterCostsNothingOfTheHistory) {
     EXPECT_THAT(tables.stamps(), ElementsAre(kNoon - 60, kNoon - 30, kNoon, kNoon + 30));
 }
 
+TEST_F(ScheduleClockTest, AnEndWithAClockThatIsBehindSavesAndTrimsNothing) {
+    store(kNoon - 60);
+    SimulatedClock clock(kNoon, 1100);
+    clock.set_at(kNoon + 65, 1000);
+
+    EXPECT_TRUE(run(clock, {}));
+
+    EXPECT_THAT(tables.trims_with_save, IsEmpty());
+    EXPECT_EQ(tables.persistent.count(kNoon - 60), 1U);
+    EXPECT_EQ(tables.persistent.count(kNoon + 30), 1U);
+}
+
 TEST_F(ScheduleClockTest, TheLastSecondThatTheTablesHoldEndsRecording) {
     run(2147483620, 2147483680, {});
 

@@ -81,6 +81,26 @@ TEST_F(ScheduleTest, SlotsAreSavedInBatches) {
     EXPECT_THAT(tables.saves, ElementsAre(Pair(kNoon, kNoon + 30), Pair(kNoon + 60, kNoon + 90)));
 }
 
+TEST_F(ScheduleTest, TheDiskIsTrimmedWithASaveOnly) {
+    tables.persistent.insert({kNoon - 86400, {}});
+
+    run(kNoon, kNoon + 95, {.persist_slots = 2});
+
+    EXPECT_THAT(tables.trims_with_save, ElementsAre(kNoon + 60, kNoon + 95));
+    EXPECT_EQ(tables.persistent.count(kNoon - 86400), 0U);
+}
+
+TEST_F(ScheduleTest, WithoutASaveTheWorkingTablesAreTrimmedAlone) {
+    store(kNoon - 86400);
+    store(kNoon - 30);
+    tables.refuse_saves = true;
+
+    run(kNoon, kNoon + 35, {});
+
+    EXPECT_THAT(tables.stamps(), ElementsAre(kNoon - 30, kNoon));
+    EXPECT_EQ(tables.persistent.count(kNoon - 86400), 1U);
+}
+
 TEST_F(ScheduleTest, TheEndSavesWhatIsLeft) {
     EXPECT_TRUE(run(kNoon, kNoon + 95, {.persist_slots = 2}));
 

@@ -115,12 +115,14 @@ public:
         return rows.size();
     }
 
+    bool trim_working(std::int64_t now_s) override {
+        trim(working, now_s);
+        return true;
+    }
+
     bool trim(std::int64_t now_s) override {
-        for (auto* table : {&working, &persistent}) {
-            std::erase_if(*table, [&](const auto& row) {
-                return row.first < now_s - 86400 || row.first >= now_s;
-            });
-        }
+        trim(working, now_s);
+        trim(persistent, now_s);
         return true;
     }
 
@@ -131,6 +133,11 @@ public:
             if (stamp_s >= first_s && stamp_s <= last_s) persistent.insert({stamp_s, sample});
         }
         return true;
+    }
+
+    bool trim_and_save(std::int64_t first_s, std::int64_t last_s, std::int64_t now_s) override {
+        trims_with_save.push_back(now_s);
+        return (refuse_saves || trim(now_s)) && save(first_s, last_s);
     }
 
     bool read_newest(std::optional<std::int64_t>& stamp_s) override {
@@ -159,9 +166,16 @@ public:
     Rows persistent;
     std::vector<std::pair<std::int64_t, Reading>> shown;
     std::vector<std::pair<std::int64_t, std::int64_t>> saves;
+    std::vector<std::int64_t> trims_with_save;
     int appends = 0;
     bool refuse_appends = false;
     bool refuse_saves = false;
+
+private:
+    static void trim(Rows& rows, std::int64_t now_s) {
+        std::erase_if(
+            rows, [&](const auto& row) { return row.first < now_s - 86400 || row.first >= now_s; });
+    }
 };
 
 }  // namespace pwrmgt::pwrmgtd::test

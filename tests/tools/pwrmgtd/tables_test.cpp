@@ -4,6 +4,7 @@
 #include <gmock/gmock.h>
 
 #include <array>
+#include <filesystem>
 #include <vector>
 
 #include "database_fixture.h"
@@ -17,7 +18,13 @@ using testing::Pair;
 
 constexpr std::int64_t kMidnight = 1748995200;  // 2025-06-04 00:00:00, slot 0
 
-using TablesTest = DatabaseTest;
+class TablesTest : public DatabaseTest {
+protected:
+    // It grows with every write, until it is long enough to start over.
+    std::uintmax_t persistent_log_size() {
+        return std::filesystem::file_size(place_.directory() + "/state/vek_pwr_db.sqlite-wal");
+    }
+};
 
 TEST_F(TablesTest, AReadingBecomesTheRealTimeRow) {
     Reading reading = system_reading(300);
@@ -94,6 +101,45 @@ TEST_F(TablesTest, ASaveReplacesTheSlotOfTheDayBefore) {
     EXPECT_THAT(rows_of("HistPowers24Hr"), ElementsAre(Pair(kMidnight, 0)));
 }
 
+TEST_F(TablesTest, ATrimOfTheWorkingTablesLeavesTheDiskAlone) {
+    const std::array rows{row(kMidnight - 30, 1), row(kMidnight, 2)};
+    tables.append(rows);
+    tables.save(kMidnight - 30, kMidnight);
+    const std::array ahead{row(kMidnight + 86400, 3)};
+    tables.append(ahead);
+    const auto log_size = persistent_log_size();
+
+    EXPECT_TRUE(tables.trim_working(kMidnight + 86400));
+
+    EXPECT_THAT(rows_of("HistPowers24HrMem"), ElementsAre(Pair(kMidnight, 0)));
+    EXPECT_THAT(rows_of("HistExtraPowers24HrMem"), ElementsAre(Pair(kMidnight, 0)));
+    EXPECT_EQ(rows_of("HistPowers24Hr").size(), 2U);
+    EXPECT_EQ(persistent_log_size(), log_size);
+}
+
+TEST_F(TablesTest, ATrimOfTheWorkingTablesThatTheDatabaseRefusesIsReported) {
+    ASSERT_EQ(raw("DROP TABLE HistExtraPowers24HrMem"), 0);
+
+    EXPECT_FALSE(tables.trim_working(kMidnight));
+
+    EXPECT_EQ(log.count("trimming the working tables: the database refused"), 1U);
+}
+
+TEST_F(TablesTest, ASaveTrimsWhatIsSavedToo) {
+    const std::array rows{row(kMidnight - 30, 1), row(kMidnight, 2)};
+    tables.append(rows);
+    tables.save(kMidnight - 30, kMidnight);
+    const std::array today{row(kMidnight + 86370, 3)};
+    tables.append(today);
+
+    EXPECT_TRUE(tables.trim_and_save(kMidnight + 86370, kMidnight + 86370, kMidnight + 86400));
+
+    EXPECT_THAT(rows_of("HistPowers24Hr"),
+                ElementsAre(Pair(kMidnight, 0), Pair(kMidnight + 86370, 2879)));
+    EXPECT_EQ(rows_of("HistExtraPowers24Hr"), rows_of("HistPowers24Hr"));
+    EXPECT_EQ(rows_of("HistPowers24HrMem"), rows_of("HistPowers24Hr"));
+}
+
 TEST_F(TablesTest, AWholeDayIsAppendedAndSaved) {
     std::vector<Row> day;
     for (int slot = 0; slot < 2880; ++slot) {
@@ -139,6 +185,33 @@ TEST_F(TablesTest, ARefusedRowIsReportedAndNotCounted) {
 
     EXPECT_THAT(rows_of("HistPowers24HrMem"), ElementsAre(Pair(kMidnight, 0)));
     EXPECT_EQ(log.count("pwrmgt_update_hist_table: status"), 1U);
+}
+
+TEST_F(TablesTest, SlotsThatFindNoRoomAreUndoneInEveryHistory) {
+    std::vector<Row> day;
+    for (int slot = 0; slot < 2880; ++slot)
+        day.push_back(row(kMidnight + 30 * slot, 9));
+    ASSERT_EQ(raw("PRAGMA mem.max_page_count=100"), 0);
+
+    EXPECT_EQ(tables.append(day), 0U);
+
+    EXPECT_THAT(rows_of("HistPowers24HrMem"), IsEmpty());
+    EXPECT_THAT(rows_of("HistExtraPowers24HrMem"), IsEmpty());
+    EXPECT_EQ(log.count("status 4, no space is left"), 1U);
+    ASSERT_EQ(raw("PRAGMA mem.max_page_count=10000"), 0);
+    EXPECT_EQ(tables.append(day), 2880U);
+    EXPECT_EQ(rows_of("HistExtraPowers24HrMem").size(), 2880U);
+    EXPECT_EQ(log.count("works again"), 1U);
+}
+
+TEST_F(TablesTest, AnExtraHistoryThatRefusesARowCostsTheMainOneNothing) {
+    ASSERT_EQ(raw("DROP TABLE HistExtraPowers24HrMem"), 0);
+    const std::array rows{row(kMidnight, 6), row(kMidnight + 30, 7)};
+
+    EXPECT_EQ(tables.append(rows), 2U);
+
+    EXPECT_EQ(rows_of("HistPowers24HrMem").size(), 2U);
+    EXPECT_EQ(log.count("pwrmgt_update_hist_extra_table: status 2"), 1U);
 }
 
 TEST_F(TablesTest, RemovingTakesBothTablesFromAStampOn) {

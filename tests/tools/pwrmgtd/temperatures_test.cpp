@@ -98,7 +98,7 @@ TEST_F(TemperaturesTest, ARestartDoesNotRecordAMinuteTwice) {
 TEST_F(TemperaturesTest, AClockThatWasAheadDoesNotStopTheRecords) {
     tables.show(warm(21, 45), 2000000000);
     const auto now_s = static_cast<std::int64_t>(std::time(nullptr));
-    tables.trim(now_s);
+    tables.trim_working(now_s);
 
     tables.show(warm(22, 46), now_s);
 
