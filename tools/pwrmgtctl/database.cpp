@@ -6,11 +6,15 @@
 namespace pwrmgt::pwrmgtctl {
 
 std::string working_database() {
-    return vekdb::choose_directories().memory_path();
+    const std::string server = vekdb::choose_server();
+    return server.empty() ? vekdb::choose_directories().memory_path()
+                          : vekdb::without_password(server);
 }
 
 std::string persistent_database() {
-    return vekdb::choose_directories().persistent_path();
+    const std::string server = vekdb::choose_server();
+    return server.empty() ? vekdb::choose_directories().persistent_path()
+                          : vekdb::without_password(server);
 }
 
 }  // namespace pwrmgt::pwrmgtctl

@@ -50,8 +50,16 @@ private:
     std::array<InstanceLock, 2> locks_;
 };
 
+// A server's tables are in no directory, but the locks are.
+std::string database_in(const vekdb::Directories& directories) {
+    const std::string server = vekdb::choose_server();
+    if (!server.empty()) return vekdb::without_password(server);
+    return directories.state + " and " + directories.runtime;
+}
+
 // The database client tells the system log why it refuses; most often it is one of these.
 std::string reason_not_open(const vekdb::Directories& directories) {
+    if (!vekdb::choose_server().empty()) return "the system log tells why";
     for (const std::string& path : {directories.state, directories.runtime}) {
         if (access(path.c_str(), R_OK | W_OK | X_OK) != 0) {
             return path + ": " + std::strerror(errno);
@@ -69,7 +77,7 @@ std::string summary(const std::string& file, const ReplayPlan& plan,
                   static_cast<double>(milliseconds) / 1000.0);
     return "replayed " + file + ": " + std::to_string((plan.last_s - plan.first_s) / kSlot_s + 1) +
            " rows, " + time_text(plan.first_s) + " to " + time_text(plan.last_s) + ", database " +
-           directories.state + " and " + directories.runtime + ", " + seconds.data() + " s\n";
+           database_in(directories) + ", " + seconds.data() + " s\n";
 }
 
 bool fill_past(const trace::Trace& past, std::int64_t until_s, std::int64_t now_s,
@@ -117,7 +125,7 @@ Exit run_daemon(const Options& options, const Process& process) {
     if ((replays && !past) || (records && !source)) return Exit::failure;
 
     const vekdb::Directories directories = vekdb::choose_directories();
-    log.notice("database " + directories.state + " and " + directories.runtime);
+    log.notice("database " + database_in(directories));
     DatabaseTables tables(log);
     if (!open_checked(tables)) {
         log.error("the database did not open: " + reason_not_open(directories));

@@ -20,6 +20,9 @@ namespace pwrmgt::vekdb::mariadb {
 
 namespace {
 
+// A server that does not answer costs each try as long as an open may take.
+constexpr std::chrono::seconds kBetweenTries{5};
+
 // What has neither values nor rows is sent as it is.
 bool is_plain(std::string_view word) {
     constexpr std::array<std::string_view, 5> kPlain{"begin", "commit", "rollback", "savepoint",
@@ -39,12 +42,13 @@ Outcome MariadbConnection::run(std::string_view sql, std::span<const std::int64_
     const std::string word = first_word(sql);
     if (const auto refused = refuse_after_loss(word)) return *refused;
     if (word.empty() && says_nothing(sql)) return Outcome::refused;
-    fit_ &= word == "truncate" || leaves_no_trace(word);
+    if (is_broken_ && !reach_again()) return Outcome::failed;
+    has_traces_ |= word != "truncate" && !leaves_no_trace(word);
     const bool together = in_transaction();
     const QuietPipe quiet;
     if (is_plain(word)) {
         const int failed = mysql_real_query(session_.get(), sql.data(), sql.size());
-        return finish(failed == 0 ? 0 : mysql_errno(session_.get()));
+        return finish(failed == 0 ? 0 : mysql_errno(session_.get()), together);
     }
     const std::string words = translated(sql, together);
     unsigned error = execute(words.empty() ? sql : words, values, rows);
@@ -52,17 +56,32 @@ Outcome MariadbConnection::run(std::string_view sql, std::span<const std::int64_
     if (error == ER_TABLEACCESS_DENIED_ERROR && words.starts_with("TRUNCATE")) {
         error = execute(word == "truncate" ? as_delete(sql) : sql, values, rows);
     }
-    // All of the transaction is undone then, and what follows would be no part of any.
-    transaction_lost_ = together && error == ER_LOCK_DEADLOCK;
-    return finish(error);
+    return finish(error, together);
 }
 
-// After the server undid a transaction nothing is done until its end, which fails unless it undoes.
+// Nothing is done until the end of a transaction that the server has undone, and an end that would
+// keep it fails.
 std::optional<Outcome> MariadbConnection::refuse_after_loss(std::string_view word) {
-    if (!transaction_lost_) return std::nullopt;
-    transaction_lost_ = word != "rollback" && word != "commit";
-    if (word == "rollback") return std::nullopt;
-    return Outcome::busy;
+    if (undone_ == Outcome::ok) return std::nullopt;
+    const Outcome refused = undone_;
+    if (word == "rollback" || word == "commit") undone_ = Outcome::ok;
+    return word == "rollback" && !is_broken_ ? std::nullopt : std::optional{refused};
+}
+
+// Settings that a user made are not made again, so he gets no session without them.
+bool MariadbConnection::reach_again() {
+    const auto now = std::chrono::steady_clock::now();
+    if (has_traces_ || now < next_try_) return false;
+    std::string why;
+    const std::optional<Address> address = parse_address(setting_, why);
+    Session fresh = address ? open_session(*address, why) : nullptr;
+    next_try_ = now + kBetweenTries;
+    if (!fresh) return false;
+    session_ = std::move(fresh);
+    statements_.clear();
+    is_broken_ = false;
+    fit_ = true;
+    return true;
 }
 
 unsigned MariadbConnection::execute(std::string_view sql, std::span<const std::int64_t> values,
@@ -75,9 +94,12 @@ unsigned MariadbConnection::execute(std::string_view sql, std::span<const std::i
     return statements_.keep(std::string{sql}, std::move(made)).run(values, rows);
 }
 
-Outcome MariadbConnection::finish(unsigned error) {
+Outcome MariadbConnection::finish(unsigned error, bool together) {
     const Outcome outcome = outcome_of(error);
     if (error == ER_NO_SUCH_TABLE) suspect_missing_table();
+    is_broken_ = is_broken_ || ends_session(error);
+    // The server undoes all of a transaction then, and what follows would be no part of any.
+    if (together && (error == ER_LOCK_DEADLOCK || is_broken_)) undone_ = outcome;
     if (error == ER_NO_SUCH_TABLE || outcome == Outcome::failed || outcome == Outcome::damaged) {
         fit_ = false;
     }
@@ -91,8 +113,8 @@ bool MariadbConnection::in_transaction() const noexcept {
 }
 
 bool MariadbConnection::tidy() noexcept {
-    if (!fit_) return false;
-    transaction_lost_ = false;
+    if (!fit_ || has_traces_ || is_broken_) return false;
+    undone_ = Outcome::ok;
     if (!in_transaction()) return true;
     const QuietPipe quiet;
     return mysql_rollback(session_.get()) == 0;

@@ -56,4 +56,9 @@ Outcome outcome_of(unsigned error) noexcept {
     return is_connectors(error) ? Outcome::failed : Outcome::refused;
 }
 
+bool ends_session(unsigned error) noexcept {
+    return (is_connectors(error) && error != CR_OUT_OF_MEMORY) || error == ER_CONNECTION_KILLED ||
+           error == ER_SERVER_SHUTDOWN;
+}
+
 }  // namespace pwrmgt::vekdb::mariadb

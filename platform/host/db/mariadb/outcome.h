@@ -8,4 +8,7 @@ namespace pwrmgt::vekdb::mariadb {
 
 Outcome outcome_of(unsigned error) noexcept;
 
+// Whether nothing can be said in a session any more after an error.
+bool ends_session(unsigned error) noexcept;
+
 }  // namespace pwrmgt::vekdb::mariadb

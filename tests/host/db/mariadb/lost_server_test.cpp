@@ -68,11 +68,35 @@ TEST_F(LostServer, TakesAnOpenTransactionWithIt) {
     ASSERT_TRUE(server().start());
 
     EXPECT_EQ(insert_slot(db, "HistPowers24Hr", 2, 60, 1), kFailed);
+    EXPECT_EQ(insert_slot(db, "HistPowers24Hr", 3, 90, 1), kFailed);
     EXPECT_EQ(raw(db, "COMMIT"), kFailed);
+    EXPECT_EQ(select(db, "select _id from HistPowers24Hr", 1), Table{});
     vek_db_close(db);
-    const std::uint32_t again = open_database();
-    EXPECT_EQ(select(again, "select _id from HistPowers24Hr", 1), Table{});
-    vek_db_close(again);
+}
+
+TEST_F(LostServer, ThatCameBackServesAUserWhoKeptHisConnection) {
+    const std::uint32_t db = open_database();
+    insert_slot(db, "HistPowers24Hr", 1, 30, 7);
+    server().end();
+    ASSERT_TRUE(server().start());
+
+    EXPECT_EQ(raw(db, "select 1"), kFailed);
+    EXPECT_EQ(select(db, "select _id, SysAvgDc from HistPowers24Hr", 2), (Table{{1, 7}}));
+    EXPECT_EQ(raw(db, "BEGIN"), 0);
+    EXPECT_EQ(insert_slot(db, "HistPowers24Hr", 2, 60, 1), 0);
+    EXPECT_EQ(raw(db, "COMMIT"), 0);
+    vek_db_close(db);
+}
+
+TEST_F(LostServer, DoesNotServeAUserWithoutTheSettingsHeMade) {
+    const std::uint32_t db = open_database();
+    ASSERT_EQ(raw(db, "SET SESSION sql_mode=''"), 0);
+    server().end();
+    ASSERT_TRUE(server().start());
+
+    EXPECT_EQ(raw(db, "select 1"), kFailed);
+    EXPECT_EQ(raw(db, "select 1"), kFailed);
+    vek_db_close(db);
 }
 
 TEST_F(LostServer, SessionThatTheServerEndedIsReplaced) {

@@ -6,6 +6,7 @@
 namespace {
 
 using pwrmgt::vekdb::Outcome;
+using pwrmgt::vekdb::mariadb::ends_session;
 using pwrmgt::vekdb::mariadb::outcome_of;
 
 TEST(ServerErrors, HaveTheClientsMeanings) {
@@ -34,6 +35,15 @@ TEST(ServerErrors, OfTheStatementAreRefusals) {
 TEST(ServerErrors, OfTheConnectionAreFailures) {
     for (const unsigned error : {2000u, 2006u, 2013u, 2026u, 2999u, 5000u, 5012u}) {
         EXPECT_EQ(outcome_of(error), Outcome::failed) << error;
+    }
+}
+
+TEST(ServerErrors, OfTheConnectionEndTheSessionAndOfTheStatementDoNot) {
+    for (const unsigned error : {1053u, 1927u, 2006u, 2013u, 2014u, 2055u, 5014u}) {
+        EXPECT_TRUE(ends_session(error)) << error;
+    }
+    for (const unsigned error : {0u, 1064u, 1205u, 1213u, 1317u, 2008u}) {
+        EXPECT_FALSE(ends_session(error)) << error;
     }
 }
 
