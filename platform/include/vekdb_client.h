@@ -4,10 +4,10 @@
  * The database client that the power-management library calls.
  *
  * A controller brings its own implementation; the host platform in this
- * repository brings one over SQLite. Every handle is an opaque 32-bit number,
- * 0 means none. A handle handed out is handed back exactly once, to the
- * release function named with it. Passing a handle that is 0, was already
- * handed back, or never existed is an error return, never a crash.
+ * repository brings one over SQLite and MariaDB. Every handle is an opaque
+ * 32-bit number, 0 means none. A handle handed out is handed back exactly
+ * once, to the release function named with it. Passing a handle that is 0, was
+ * already handed back, or never existed is an error return, never a crash.
  *
  * Functions that return `int` return 0 for success unless they say otherwise.
  */

@@ -17,6 +17,7 @@ inherit ${@bb.utils.contains('PACKAGECONFIG', 'host', 'systemd useradd', '', d)}
 PACKAGECONFIG ??= "host"
 PACKAGECONFIG[host] = "-DPWRMGT_HOST_PLATFORM=ON -DPWRMGT_TOOLS=ON,-DPWRMGT_HOST_PLATFORM=OFF -DPWRMGT_TOOLS=OFF,sqlite3 cli11 nlohmann-json"
 PACKAGECONFIG[ipmi] = "-DPWRMGT_IPMI=ON,-DPWRMGT_IPMI=OFF,openipmi"
+PACKAGECONFIG[mariadb] = "-DPWRMGT_MARIADB=ON,-DPWRMGT_MARIADB=OFF,mariadb-connector-c"
 
 EXTRA_OECMAKE = "-DCMAKE_SKIP_INSTALL_RPATH=ON -DPWRMGT_UNIT_DIR=${systemd_system_unitdir} -DPWRMGT_SMALL=ON \
                  ${@bb.utils.contains('PTEST_ENABLED', '1', '-DPWRMGT_TESTS=ON', '-DPWRMGT_TESTS=OFF', d)}"
@@ -37,12 +38,14 @@ do_install_ptest() {
     done
 }
 
-PACKAGES =+ "${PN}-host ${PN}-ipmi ${PN}-tools"
+PACKAGES =+ "${PN}-host ${PN}-ipmi ${PN}-mariadb ${PN}-tools"
 FILES:${PN} = "${libdir}/libvekdb_pwrmgt.so.*"
 FILES:${PN}-host = "${libdir}/libipmiraw.so.* ${libdir}/libvekdb_client.so.* ${libdir}/libvekdb_platform.so.* ${libdir}/libvekdb_prop.so.*"
 FILES:${PN}-ipmi = "${libdir}/libipmiraw_openipmi.so"
+FILES:${PN}-mariadb = "${libdir}/libvekdb_mariadb.so"
 FILES:${PN}-tools = "${bindir} ${datadir}/bash-completion ${datadir}/pwrmgtctl ${sysconfdir} ${systemd_system_unitdir} ${nonarch_libdir}/sysusers.d ${nonarch_libdir}/tmpfiles.d"
 FILES:${PN}-dev += "${libdir}/cmake"
 RDEPENDS:${PN}-ptest += "${PN}"
-# A module, loaded by its name: it has no version.
+# Modules, loaded by their names: they have no version.
 INSANE_SKIP:${PN}-ipmi = "dev-so"
+INSANE_SKIP:${PN}-mariadb = "dev-so"
