@@ -61,6 +61,18 @@ TEST_F(Settings, StoredMaximizerStatusIsNotWrittenAgain) {
     }
 }
 
+TEST_F(Settings, StoredMaximizerStatusThatCannotBeReadCountsAs0) {
+    for (const uint8_t status : {uint8_t{0}, uint8_t{1}}) {
+        platform().reset();
+        stores(platform(), 5);
+        platform().fail(Operation::column);
+
+        EXPECT_EQ(pwrmgt_set_maximzer_status(status), 0U);
+
+        EXPECT_EQ(platform().count("update"), status) << int{status};
+    }
+}
+
 TEST_F(Settings, MaximizerStatusIsPutSigned) {
     struct Case {
         uint8_t status;

@@ -48,6 +48,13 @@ TEST_F(BaysInit, OldRowsGoAndEachBayGetsARowOfUnknownValues) {
                                        {"free_result", "free_content"}}));
 }
 
+TEST_F(BaysInit, CountOfOneMakesOneRow) {
+    EXPECT_EQ(pwrmgt_init_psu_property_table(kDb, 1), 0U);
+
+    EXPECT_EQ(platform().named("put_uchar PsuId"), Calls{"put_uchar PsuId 1"});
+    EXPECT_EQ(platform().count("insert"), 1U);
+}
+
 TEST_F(BaysInit, CountOfZeroAndBelowLeavesTheTableEmpty) {
     for (const int32_t count : {0, -1, INT32_MIN}) {
         platform().calls.clear();

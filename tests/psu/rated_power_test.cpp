@@ -5,6 +5,8 @@
 
 #include <gtest/gtest.h>
 
+#include <cerrno>
+
 #include "captured_output.h"
 #include "temp_file.h"
 
@@ -83,6 +85,13 @@ TEST(RatedPower, HighestNumberIs4294967295) {
 TEST(RatedPower, NumberAbove64BitsIsOutOfRange) {
     EXPECT_EQ(read("18446744073709551615\n"), (Reading{0, "out of range: 18446744073709551615\n"}));
     EXPECT_EQ(read("18446744073709551616\n"), (Reading{0, "out of range: 18446744073709551616\n"}));
+}
+
+TEST(RatedPower, RangeErrorOfAnEarlierCallIsNotThisOne) {
+    const TempFile file("1600\n");
+
+    errno = ERANGE;
+    EXPECT_EQ(read_rated_power_file(file.path().c_str()), 1600U);
 }
 
 TEST(RatedPower, MinusWrapsIn32Bits) {
