@@ -12,7 +12,7 @@ import sqlite3
 import subprocess
 import unittest
 
-from daemon_support import DATA, MovedClock, WayTest
+from daemon_support import DATA, DEADLINE_S, MovedClock, WayTest
 
 START = 1748995210  # 2025-06-04 00:00:10
 TRACE = str(DATA / "server_4socket_24h_60s.csv")
@@ -43,9 +43,9 @@ class DiskTest(WayTest):
         super().setUp()
         self.clock = MovedClock(self.place, START)
 
-    def start(self, *arguments):
+    def start(self, batch=1):
         """A daemon that has recorded and saved a slot."""
-        daemon = self.daemon(*FROM_TRACE, "--persist-every", "1", *arguments, clock=self.clock)
+        daemon = self.daemon(*FROM_TRACE, "--persist-every", str(batch), clock=self.clock)
         daemon.wait_for("recording from trace")
         daemon.process.send_signal(signal.SIGUSR1)  # is answered after the first reading
         daemon.wait_for("asked to save")
@@ -238,6 +238,62 @@ class Failing(DiskTest):
         daemon = self.start()
         self.assertEqual(daemon.end(), 0, daemon.said)
         self.assert_nothing_lost()
+
+
+class Emptied(DiskTest):
+    """Somebody deletes what is in a directory of the database while the daemon runs."""
+
+    def empty(self, directory):
+        for file in directory.iterdir():
+            file.unlink()
+
+    def end_of(self, daemon):
+        daemon.process.wait(timeout=DEADLINE_S)
+        code = daemon.end()
+        return code, [line for line in daemon.said if re.search("is gone|ended", line)]
+
+    def start_again(self):
+        daemon = self.start()
+        self.assertEqual(daemon.end(), 0, daemon.said)
+        self.assert_nothing_lost()
+
+    def test_an_emptied_runtime_directory_ends_the_daemon_and_costs_nothing(self):
+        daemon = self.start(batch=100)
+        self.go_on(daemon, 3)
+        self.clock.move_to(self.clock.now + 30)
+        self.assertEqual(daemon.wait_for_slots(), self.newest_slot())  # not saved yet
+
+        self.empty(self.runtime)
+
+        self.assertEqual(self.end_of(daemon), (1, [
+            f"pwrmgtd: {self.runtime}/vek_pwr_db-mem.sqlite is gone: ending, so that the next start opens what is there",
+            "pwrmgtd: ended, everything saved"]))
+        self.start_again()
+
+    def test_a_reader_that_made_new_files_meanwhile_changes_nothing(self):
+        daemon = self.start()
+        daemon.process.send_signal(signal.SIGSTOP)
+        self.empty(self.runtime)
+        self.ctl_refused(4, "power", "history", clock=self.clock.now)
+        daemon.process.send_signal(signal.SIGCONT)
+
+        code, said = self.end_of(daemon)
+
+        self.assertEqual(code, 1)
+        self.assertIn("vek_pwr_db-mem.sqlite is another file by now", daemon.said[-2])
+        self.assertEqual(said[-1], "pwrmgtd: ended, everything saved")
+        self.start_again()
+
+    def test_an_emptied_state_directory_ends_the_daemon_and_the_next_start_saves_the_day(self):
+        daemon = self.start()
+        self.go_on(daemon, 3)
+
+        self.empty(self.state)
+
+        code, said = self.end_of(daemon)
+        self.assertEqual(code, 1)
+        self.assertIn(f"{self.state}/vek_pwr_db.sqlite is gone", said[0])
+        self.start_again()
 
 
 if __name__ == "__main__":

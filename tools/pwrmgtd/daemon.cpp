@@ -100,7 +100,7 @@ bool record(Supervision& supervision, const Options& options, DatabaseTables& ta
     const bool saved = schedule.run();
     if (saved) process.log.notice("ended, everything saved");
     if (!saved) process.log.error("ended with slots that could not be saved");
-    return saved;
+    return saved && !schedule.is_displaced();
 }
 
 // The host platform's client looks through both files then, and sets a damaged one aside.

@@ -21,12 +21,21 @@ void Schedule::use(Source& source, Rhythm rhythm) {
     last_sample_.reset();
 }
 
+// What is recorded to a file that was deleted is lost with the last one who has it open.
+bool Schedule::find_displaced() {
+    const std::string displaced = station_.tables.displaced();
+    if (displaced.empty()) return false;
+    station_.log.error(displaced + ": ending, so that the next start opens what is there");
+    displaced_ = true;
+    return true;
+}
+
 // Until it is told to stop.
 void Schedule::serve() {
     std::int64_t wake_s = station_.clock.now();
     for (bool first = true;; first = false) {
         const Wake wake = station_.clock.wait_until(wake_s);
-        if (wake == Wake::stop) return;
+        if (wake == Wake::stop || find_displaced()) return;
         if (wake == Wake::reload) station_.supervisor.reload(*this);
         const std::int64_t now_s = station_.clock.now();
         tick(now_s);

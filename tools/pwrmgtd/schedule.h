@@ -53,8 +53,12 @@ public:
     // The tables have been started and hold what was saved.
     Schedule(const Station& station, Rhythm rhythm);
 
-    // Until the clock says stop; what is not saved yet is saved then. False when that failed.
+    // Until the clock says stop, or the tables are displaced; what is not saved yet is saved then.
+    // False when that failed.
     bool run();
+
+    // The tables have to be opened anew.
+    bool is_displaced() const { return displaced_; }
 
     // From the next reading on, which is due at once.
     void use(Source& source, Rhythm rhythm);
@@ -62,6 +66,7 @@ public:
 private:
     void serve();
     void save_on_request();
+    bool find_displaced();
     void tick(std::int64_t now_s);
     bool advance(std::int64_t now_s);
     bool enter_slot(std::int64_t now_s);
@@ -94,6 +99,7 @@ private:
     bool has_been_ahead_ = false;
     std::int64_t started_at_;  // elapsed seconds
 
+    bool displaced_ = false;
     std::optional<std::int64_t> last_sample_;  // number of the interval of the last reading
 };
 

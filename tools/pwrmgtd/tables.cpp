@@ -73,6 +73,8 @@ DatabaseTables::~DatabaseTables() {
 
 bool DatabaseTables::open() {
     if (connection_ == 0) connection_ = pwrmgt_get_db_handle();
+    if (const vekdb::Directories in = vekdb::choose_directories(); vekdb::choose_server().empty())
+        files_.note(in.persistent_path(), in.memory_path());
     temperatures_.resume(connection_, 0);
     return note_status(log_, "pwrmgt_get_db_handle", connection_ == 0 ? 1 : 0);
 }
@@ -237,6 +239,9 @@ bool DatabaseTables::copy_slots(std::int64_t first_s, std::int64_t last_s) {
 }
 
 bool DatabaseTables::is_safe(std::int64_t first_s, std::int64_t last_s) {
+    const std::string displaced = files_.displaced_persistent();
+    log_.state("persistent tables", displaced);
+    if (!displaced.empty()) return false;
     const std::string range = within(first_s, last_s);
     const bool main = is_saved("saved rows", kWorkingHistory, kPersistentHistory, range);
     const bool extra = is_saved("saved extra rows", kWorkingExtra, kPersistentExtra, range);

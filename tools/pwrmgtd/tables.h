@@ -10,6 +10,7 @@
 #include <string>
 
 #include "log.h"
+#include "open_files.h"
 #include "reading.h"
 #include "slot.h"
 #include "supply_bays.h"
@@ -47,6 +48,10 @@ public:
     // The newest stamp of the working history, nothing when that is empty. False when it cannot be
     // read.
     virtual bool read_newest(std::optional<std::int64_t>& stamp_s) = 0;
+
+    // What is open and not there any more, in words: nobody who opens the tables now sees what is
+    // written to it. The empty text when all is in place.
+    virtual std::string displaced() = 0;
 };
 
 class DatabaseTables final : public Tables {
@@ -65,6 +70,7 @@ public:
     bool save(std::int64_t first_s, std::int64_t last_s) override;
     bool trim_and_save(std::int64_t first_s, std::int64_t last_s, std::int64_t now_s) override;
     bool read_newest(std::optional<std::int64_t>& stamp_s) override;
+    std::string displaced() override { return files_.displaced(); }
 
     // Brings the thermal tables in order; called once, before the first reading.
     bool start_temperatures();
@@ -120,6 +126,7 @@ private:
 
     Log& log_;
     std::uint32_t connection_ = 0;
+    OpenFiles files_;
     Temperatures temperatures_;
     Bays bays_;
 };

@@ -192,6 +192,22 @@ TEST_F(ScheduleTest, ASaveThatFailsIsTriedAgainWithTheNextSlot) {
     EXPECT_EQ(tables.persistent.size(), 5U);
 }
 
+TEST_F(ScheduleTest, DisplacedTablesAreTheEndAfterASave) {
+    SimulatedClock clock(kNoon, kNoon + 3600);
+    ScriptedSource emptying([&](std::int64_t now_s) {
+        if (now_s == kNoon + 100) tables.displaced_file = "/run/a.sqlite is gone";
+        return system_reading(5);
+    });
+    Schedule schedule({clock, emptying, tables, log, supervisor}, {});
+
+    EXPECT_TRUE(schedule.run());
+
+    EXPECT_TRUE(schedule.is_displaced());
+    EXPECT_EQ(clock.now(), kNoon + 101);
+    EXPECT_EQ(tables.persistent.size(), 3U);
+    EXPECT_EQ(log.count("/run/a.sqlite is gone: ending"), 1U);
+}
+
 TEST_F(ScheduleTest, ALastSaveThatFailsMakesTheEndAFailure) {
     tables.refuse_saves = true;
 

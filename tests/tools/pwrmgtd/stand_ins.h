@@ -146,6 +146,8 @@ public:
         return true;
     }
 
+    std::string displaced() override { return displaced_file; }
+
     std::vector<std::int64_t> stamps() const {
         std::vector<std::int64_t> found;
         for (const auto& row : working) {
@@ -170,6 +172,7 @@ public:
     int appends = 0;
     bool refuse_appends = false;
     bool refuse_saves = false;
+    std::string displaced_file;
 
 private:
     static void trim(Rows& rows, std::int64_t now_s) {

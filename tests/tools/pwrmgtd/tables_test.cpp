@@ -214,6 +214,46 @@ TEST_F(TablesTest, AnExtraHistoryThatRefusesARowCostsTheMainOneNothing) {
     EXPECT_EQ(log.count("pwrmgt_update_hist_extra_table: status 2"), 1U);
 }
 
+TEST_F(TablesTest, FilesThatStayAreInPlace) {
+    const std::array rows{row(kMidnight, 6)};
+    tables.append(rows);
+    tables.save(kMidnight, kMidnight);
+
+    EXPECT_EQ(tables.displaced(), "");
+}
+
+TEST_F(TablesTest, AWorkingFileThatIsGoneIsNamedAndItsRowsAreSaved) {
+    const std::array rows{row(kMidnight, 6)};
+    tables.append(rows);
+    for (const auto& file : std::filesystem::directory_iterator(place_.directory() + "/run"))
+        std::filesystem::remove(file);
+
+    EXPECT_EQ(tables.displaced(), place_.directory() + "/run/vek_pwr_db-mem.sqlite is gone");
+    EXPECT_TRUE(tables.save(kMidnight, kMidnight));
+
+    EXPECT_THAT(rows_of("HistPowers24Hr"), ElementsAre(Pair(kMidnight, 0)));
+}
+
+TEST_F(TablesTest, APersistentFileThatWasReplacedIsNamedAndSavesFail) {
+    const std::array rows{row(kMidnight, 6)};
+    tables.append(rows);
+    const std::string file = place_.directory() + "/state/vek_pwr_db.sqlite";
+    std::filesystem::copy(file, file + ".copy");
+    std::filesystem::rename(file + ".copy", file);
+
+    EXPECT_EQ(tables.displaced(), file + " is another file by now");
+    EXPECT_FALSE(tables.save(kMidnight, kMidnight));
+
+    EXPECT_EQ(log.count("persistent tables: " + file + " is another file by now"), 1U);
+}
+
+TEST_F(TablesTest, ALogThatIsGoneIsNamed) {
+    const std::string log_file = place_.directory() + "/run/vek_pwr_db-mem.sqlite-wal";
+    std::filesystem::remove(log_file);
+
+    EXPECT_EQ(tables.displaced(), log_file + " is gone");
+}
+
 TEST_F(TablesTest, RemovingTakesBothTablesFromAStampOn) {
     const std::array rows{row(kMidnight, 6), row(kMidnight + 30, 7), row(kMidnight + 60, 8)};
     tables.append(rows);
