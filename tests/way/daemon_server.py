@@ -40,7 +40,7 @@ class Server:
 
     def command(self, *more):
         return [SERVER, "--no-defaults", f"--datadir={self.directory}/data", f"--socket={self.socket}",
-                f"--pid-file={self.directory}/pid", f"--log-error={self.directory}/log", "--user=root", "--skip-networking",
+                f"--pid-file={self.directory}/pid", f"--log-error={self.directory}/log.err", "--user=root", "--skip-networking",
                 "--innodb-log-file-size=4M", "--innodb-buffer-pool-size=8M", "--innodb-flush-log-at-trx-commit=2",
                 "--innodb-data-file-path=ibdata1:4M:autoextend", "--innodb-temp-data-file-path=ibtmp1:4M:autoextend",
                 "--innodb-autoextend-increment=1", "--innodb-undo-tablespaces=0", "--innodb-doublewrite=0", *more]
@@ -54,12 +54,17 @@ class Server:
                 for name in ("mysql_system_tables.sql", "mysql_system_tables_data.sql"))
             subprocess.run(self.command("--bootstrap"), input=sql, text=True, check=True, env=environment,
                            capture_output=True, timeout=DEADLINE_S)
-        self.socket.unlink(missing_ok=True)
+        log = self.directory / "log.err"
+        log.unlink(missing_ok=True)
         self.process = subprocess.Popen(self.command(), env=environment, stdin=subprocess.DEVNULL,
                                         stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
-        while not self.socket.exists():
-            if self.process.poll() is not None:
-                raise AssertionError((self.directory / "log").read_text(encoding="utf-8"))
+        # The socket's file is there before anybody is let in.
+        while not (log.exists() and "ready for connections" in log.read_text(encoding="utf-8")):
+            try:
+                self.process.wait(timeout=0.02)
+            except subprocess.TimeoutExpired:
+                continue
+            raise AssertionError(log.read_text(encoding="utf-8"))
 
     def end(self):
         self.process.kill()

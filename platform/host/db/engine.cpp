@@ -2,10 +2,12 @@
 // The choice of the engine, and the module of those that are not built in.
 #include <dlfcn.h>
 
+#include <cstdlib>
 #include <mutex>
 
 #include "backend.h"
 #include "mariadb/module.h"
+#include "pool.h"
 #include "state_dir.h"
 
 namespace pwrmgt::vekdb {
@@ -36,6 +38,13 @@ ModuleDoor module_door(std::string& why) {
     return door;
 }
 
+// What encrypts a session is taken down by what it left to do at the end of the process, before
+// this library's own end: kept sessions are closed before that.
+void close_at_exit() {
+    static std::once_flag told;
+    std::call_once(told, [] { std::atexit(close_idle_connections); });
+}
+
 }  // namespace
 
 std::unique_ptr<BackendConnection> connect_server(const std::string& server, std::string& why) {
@@ -45,6 +54,7 @@ std::unique_ptr<BackendConnection> connect_server(const std::string& server, std
     } else if (const ModuleDoor connect = module_door(why); connect != nullptr) {
         connection.reset(connect(server, why));
     }
+    if (connection) close_at_exit();
     // The setting itself may hold a password.
     if (!connection) why.insert(0, "VEKDB_SERVER: ");
     return connection;

@@ -80,6 +80,12 @@ Connection take_idle() {
 
 // At the end of the process: an orderly close leaves no log behind.
 [[gnu::destructor]] void close_idle() {
+    close_idle_connections();
+}
+
+}  // namespace
+
+void close_idle_connections() noexcept {
     Pool& mine = pool();
     if (mine.owner != getpid()) return;
     std::vector<Connection> idle;
@@ -88,8 +94,6 @@ Connection take_idle() {
         idle.swap(mine.idle);
     }
 }
-
-}  // namespace
 
 Lease::~Lease() {
     if (!connection || !connection->tidy()) return;

@@ -32,4 +32,8 @@ std::shared_ptr<Lease> find_connection(std::uint32_t handle);
 
 void return_connection(std::uint32_t handle) noexcept;
 
+// Closes what is kept for the next open. The end of the process does, where it is not too late for
+// an engine.
+void close_idle_connections() noexcept;
+
 }  // namespace pwrmgt::vekdb

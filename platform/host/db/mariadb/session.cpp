@@ -28,11 +28,11 @@ constexpr unsigned long kOldestServer = 100602;  // the first to prepare every s
 // does not come free ends a statement.
 constexpr const char* kSettings =
     "SET SESSION sql_mode='STRICT_ALL_TABLES,ANSI_QUOTES,PIPES_AS_CONCAT,NO_BACKSLASH_ESCAPES,"
-    "NO_ENGINE_SUBSTITUTION',autocommit=1,tx_isolation='READ-COMMITTED',lock_wait_timeout=5,"
-    "innodb_lock_wait_timeout=5,max_heap_table_size=67108864";
+    "NO_ENGINE_SUBSTITUTION',autocommit=1,lock_wait_timeout=5,innodb_lock_wait_timeout=5,"
+    "max_heap_table_size=67108864";
+constexpr const char* kIsolation = "SET SESSION TRANSACTION ISOLATION LEVEL READ COMMITTED";
 
 std::atomic<bool> missing{false};
-std::atomic<bool> process_ends{false};
 
 // The library ignores SIGPIPE for the whole process when it starts; that is the program's to
 // choose.
@@ -46,16 +46,6 @@ bool start_library() {
         sigaction(SIGPIPE, &before, nullptr);
     });
     return works;
-}
-
-// Encryption is taken down before the connections that are still kept are closed.
-void watch_for_the_end() {
-    static std::once_flag watched;
-    std::call_once(watched, [] { std::atexit([] { process_ends.store(true); }); });
-}
-
-bool is_encrypted(MYSQL* session) {
-    return mysql_get_ssl_cipher(session) != nullptr;
 }
 
 std::string error_of(MYSQL* session) {
@@ -124,13 +114,12 @@ bool settle(MYSQL* session, std::string& why) {
     // A session made anew behind our back would lack its settings.
     mysql_optionsv(session, MYSQL_OPT_RECONNECT, &off);
     fcntl(mysql_get_socket(session), F_SETFD, FD_CLOEXEC);
-    if (is_encrypted(session)) watch_for_the_end();
     if (mariadb_connection(session) == 0 || mysql_get_server_version(session) < kOldestServer) {
         why = std::string{"server of version "} + mysql_get_server_info(session) +
               ", and it takes MariaDB 10.6.2 or later";
         return false;
     }
-    if (execute(session, kSettings)) return true;
+    if (execute(session, kSettings) && execute(session, kIsolation)) return true;
     why = error_of(session);
     return false;
 }
@@ -195,7 +184,6 @@ bool prepare_tables(MYSQL* session, std::string& why) {
 }  // namespace
 
 void CloseSession::operator()(MYSQL* session) const noexcept {
-    if (process_ends.load() && is_encrypted(session)) return;
     const QuietPipe quiet;
     mysql_close(session);
 }

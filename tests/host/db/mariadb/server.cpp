@@ -3,6 +3,7 @@
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
+#include <poll.h>
 #include <signal.h>
 #include <sys/inotify.h>
 #include <sys/prctl.h>
@@ -21,6 +22,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
+constexpr int kPatience_ms = 60000;
 constexpr std::array kSystemTables{"mysql_system_tables.sql", "mysql_system_tables_data.sql"};
 
 std::vector<std::string> options(const std::string& directory) {
@@ -29,7 +31,7 @@ std::vector<std::string> options(const std::string& directory) {
             "--datadir=" + directory + "/data",
             "--socket=" + directory + "/socket",
             "--pid-file=" + directory + "/pid",
-            "--log-error=" + directory + "/log",
+            "--log-error=" + directory + "/log.err",
             "--user=root",
             "--skip-networking",
             "--innodb-log-file-size=4M",
@@ -68,7 +70,7 @@ pid_t spawn(const std::vector<std::string>& words, const std::string& input) {
 }  // namespace
 
 std::string MariadbServer::log() const {
-    std::ifstream file{place_.directory() + "/log"};
+    std::ifstream file{place_.directory() + "/log.err"};
     return {std::istreambuf_iterator<char>{file}, {}};
 }
 
@@ -98,26 +100,31 @@ bool MariadbServer::make_data() {
            WEXITSTATUS(status) == 0;
 }
 
-// The socket's file comes when the server listens.
-bool MariadbServer::await_socket() {
+// The socket's file is there before anybody is let in: the log tells when.
+bool MariadbServer::await_readiness() {
     const int watch = inotify_init1(IN_CLOEXEC);
     inotify_add_watch(watch, place_.directory().c_str(), IN_CREATE | IN_MODIFY);
     std::array<char, 4096> events{};
-    bool there = fs::exists(socket());
-    // The log changes too: a server that ends says so there.
-    while (!there && waitpid(process_, nullptr, WNOHANG) == 0) {
+    const auto is_ready = [this] {
+        return log().find("ready for connections") != std::string::npos;
+    };
+    bool ready = is_ready();
+    // A server that ends says so in the log too.
+    while (!ready && waitpid(process_, nullptr, WNOHANG) == 0) {
+        pollfd news{watch, POLLIN, 0};
+        if (poll(&news, 1, kPatience_ms) != 1) break;
         if (read(watch, events.data(), events.size()) <= 0) break;
-        there = fs::exists(socket());
+        ready = is_ready();
     }
     close(watch);
-    return there;
+    return ready;
 }
 
 bool MariadbServer::start() {
     has_data_ = has_data_ || make_data();
-    fs::remove(socket());
+    fs::remove(place_.directory() + "/log.err");
     process_ = has_data_ ? spawn(options(place_.directory()), "/dev/null") : 0;
-    if (process_ > 0 && await_socket()) return true;
+    if (process_ > 0 && await_readiness()) return true;
     ADD_FAILURE() << "no server: " << log();
     return false;
 }

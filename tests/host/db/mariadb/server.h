@@ -30,7 +30,7 @@ public:
 
 private:
     bool make_data();
-    bool await_socket();
+    bool await_readiness();
 
     TempFile place_;
     pid_t process_ = 0;
