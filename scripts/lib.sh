@@ -26,7 +26,7 @@ is_present() {
 need_packages() {
     local item missing=()
     for item in "$@"; do
-        is_present "${item%:*}" || missing+=("${item##*:}")
+        [[ " ${missing[*]} " == *" ${item##*:} "* ]] || is_present "${item%:*}" || missing+=("${item##*:}")
     done
     [ ${#missing[@]} -eq 0 ] && return 0
     if [ "$(id -u)" -ne 0 ] || ! command -v apt-get >/dev/null 2>&1; then

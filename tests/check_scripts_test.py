@@ -1,5 +1,6 @@
 # SPDX-License-Identifier: Apache-2.0
 """scripts/: what is missing is named or installed, and a stage that fails, or that runs no test, fails the run."""
+import os
 import re
 import subprocess
 from pathlib import Path
@@ -13,7 +14,9 @@ class Shell(check_common.TreeCase):
     def bash(self, text):
         """Runs a text after both libraries, with the temporary tree as the project."""
         sources = f'. "{SCRIPTS}/lib.sh"; . "{SCRIPTS}/stages.sh"; PROJECT_ROOT="{self.root}"\n'
-        return subprocess.run(["bash", "-c", sources + text, "script"], capture_output=True, text=True,
+        # The run that this is a part of may have installed packages itself.
+        environment = {name: value for name, value in os.environ.items() if name != "PACKAGE_LISTS_FRESH"}
+        return subprocess.run(["bash", "-c", sources + text, "script"], capture_output=True, text=True, env=environment,
                               stdin=subprocess.DEVNULL)
 
 
@@ -37,6 +40,11 @@ class Packages(Shell):
         self.assertEqual(done.returncode, 0, done.stderr)
         calls = (self.root / "calls").read_text(encoding="utf-8").splitlines()
         self.assertEqual([call.split()[-1] for call in calls], ["update", "pkg-a", "pkg-b"])
+
+    def test_a_package_that_brings_two_missing_things_is_asked_for_once(self):
+        done = self.bash("id() { echo 1000; }; need_packages no-tool:pkg-a /no/file:pkg-a")
+
+        self.assertIn("apt-get install --no-install-recommends pkg-a\n", done.stderr)
 
     def test_an_installation_that_does_not_bring_the_thing_fails(self):
         done = self.bash("id() { echo 0; }; apt-get() { :; }; need_packages no-tool:pkg-a")
