@@ -9,6 +9,8 @@
 #include <ctime>
 #include <utility>
 
+#include "common/utc_time.h"
+
 namespace pwrmgt::pwrmgtctl {
 namespace {
 
@@ -55,12 +57,13 @@ Json json_value(const Value& value) {
 }
 
 std::string time_text(int64_t time_s, Zone zone) {
+    // A time that the C library cannot tell in the zone of this place is told in UTC.
     const auto seconds = static_cast<std::time_t>(time_s);
-    std::tm parts{};
-    if (zone == Zone::utc) {
-        gmtime_r(&seconds, &parts);
-        return format_time("%Y-%m-%dT%H:%M:%SZ", parts);
+    if (zone == Zone::utc || seconds != time_s) {
+        const auto utc = common::utc_parts(time_s);
+        return utc ? format_time("%Y-%m-%dT%H:%M:%SZ", *utc) : std::to_string(time_s);
     }
+    std::tm parts{};
     localtime_r(&seconds, &parts);
     // strftime writes the offset as +0100; ISO 8601 with colons in the time wants one here too.
     std::string text = format_time("%Y-%m-%dT%H:%M:%S%z", parts);

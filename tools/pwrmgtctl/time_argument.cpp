@@ -5,6 +5,7 @@
 #include <ctime>
 #include <limits>
 
+#include "common/utc_time.h"
 #include "print.h"
 
 namespace pwrmgt::pwrmgtctl {
@@ -21,9 +22,9 @@ std::optional<int64_t> from_iso_8601(const std::string& text) {
     std::tm parts{};
     const char* rest = strptime(text.c_str(), "%Y-%m-%dT%H:%M:%SZ", &parts);
     if (rest == nullptr || *rest != '\0') return std::nullopt;
-    const int64_t seconds = timegm(&parts);
+    const std::optional<int64_t> seconds = common::utc_seconds(parts);
     // strptime is generous; only a time that is written back the same is the one that was meant.
-    return time_text(seconds, Zone::utc) == text ? std::optional(seconds) : std::nullopt;
+    return seconds && time_text(*seconds, Zone::utc) == text ? seconds : std::nullopt;
 }
 
 }  // namespace

@@ -6,6 +6,8 @@
 #include <array>
 #include <charconv>
 
+#include "common/utc_time.h"
+
 namespace pwrmgt::pwrmgtd {
 namespace {
 
@@ -20,11 +22,10 @@ std::optional<std::int64_t> parse_seconds(const std::string& text) {
 }  // namespace
 
 std::string time_text(std::int64_t t_s) {
-    const auto seconds = static_cast<time_t>(t_s);
-    tm utc{};
+    const auto utc = common::utc_parts(t_s);
+    if (!utc) return std::to_string(t_s);
     std::array<char, 40> text{};
-    if (gmtime_r(&seconds, &utc) == nullptr) return std::to_string(t_s);
-    strftime(text.data(), text.size(), "%Y-%m-%d %H:%M:%SZ", &utc);
+    strftime(text.data(), text.size(), "%Y-%m-%d %H:%M:%SZ", &*utc);
     return text.data();
 }
 
@@ -34,11 +35,7 @@ std::optional<std::int64_t> parse_time(const std::string& text) {
         tm utc{};
         const char* const rest = strptime(text.c_str(), format, &utc);
         if (rest == nullptr || (*rest != '\0' && std::string(rest) != "Z")) continue;
-        const tm wanted = utc;
-        const time_t seconds = timegm(&utc);
-        // timegm() turns the 31st of June into the 1st of July.
-        if (utc.tm_mday != wanted.tm_mday || utc.tm_sec != wanted.tm_sec) return std::nullopt;
-        return seconds;
+        return common::utc_seconds(utc);
     }
     return std::nullopt;
 }
