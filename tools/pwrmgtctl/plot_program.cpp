@@ -127,6 +127,13 @@ Talk talk(std::string_view rest, Pipe& script, Pipe& picture, Pipe& complaints, 
     return said;
 }
 
+constexpr int kNotStarted = 127;  // a child's exit status, where posix_spawnp() itself cannot tell
+
+Drawn missing() {
+    return {
+        {}, Exit::unsupported, "gnuplot is not installed, or not on $PATH (package gnuplot-nox)"};
+}
+
 Drawn failed(const std::string& words) {
     return {{}, Exit::failure, std::string(kProgram) + ": " + words};
 }
@@ -148,6 +155,7 @@ Drawn conclude(pid_t child, Talk& said) {
     if (said.silent) return failed("gave no answer; ended");
     const bool well = WIFEXITED(status) && WEXITSTATUS(status) == 0 && !said.picture.empty();
     if (well) return {std::move(said.picture), Exit::ok, {}};
+    if (WIFEXITED(status) && WEXITSTATUS(status) == kNotStarted) return missing();
     const std::string why = last_line(said.complaints);
     return failed(why.empty() ? "drew nothing" : why);
 }
@@ -160,13 +168,9 @@ Drawn draw(const std::string& script, int silence_ms) {
     Pipe complaints;
     if (!input.made() || !picture.made() || !complaints.made()) return failed(std::strerror(errno));
     pid_t child = -1;
-    if (const int error = spawn(child, input, picture, complaints); error == ENOENT) {
-        return {{},
-                Exit::unsupported,
-                "gnuplot is not installed, or not on $PATH (package gnuplot-nox)"};
-    } else if (error != 0) {
-        return failed(std::strerror(error));
-    }
+    const int error = spawn(child, input, picture, complaints);
+    if (error == ENOENT) return missing();
+    if (error != 0) return failed(std::strerror(error));
     input.close_end(0);
     picture.close_end(1);
     complaints.close_end(1);

@@ -55,6 +55,12 @@ TEST_F(PlotProgram, MissingProgramIsToldWithItsPackage) {
     EXPECT_EQ(drawn.mistake, "gnuplot is not installed, or not on $PATH (package gnuplot-nox)");
 }
 
+TEST_F(PlotProgram, ProgramThatTheChildCouldNotStartIsMissingToo) {
+    stand_in("exit 127");
+
+    EXPECT_EQ(draw("", kPatient).exit, Exit::unsupported);
+}
+
 TEST_F(PlotProgram, PictureIsWhatTheProgramWrites) {
     stand_in("cat");
 
