@@ -69,8 +69,9 @@ void Schedule::tick(std::int64_t now_s) {
 // Records what is over at `now_s`; true when that was the time to do so.
 bool Schedule::advance(std::int64_t now_s) {
     if (!enter_slot(now_s) || queued_.empty()) return false;
-    write_queued(now_s);
+    // In this order a reader never finds more than a day in them.
     station_.tables.trim_working(now_s);
+    write_queued(now_s);
     return true;
 }
 

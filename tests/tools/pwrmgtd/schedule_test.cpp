@@ -75,6 +75,18 @@ TEST_F(ScheduleTest, ADayFillsTheRingWithoutAGapOrADouble) {
     }
 }
 
+TEST_F(ScheduleTest, AReaderNeverFindsMoreThanADay) {
+    store(kNoon - 86400);
+    for (std::int64_t stamp_s = kNoon - 86370; stamp_s < kNoon; stamp_s += 30) {
+        store(stamp_s);
+    }
+
+    run(kNoon, kNoon + 200, {});
+
+    EXPECT_THAT(tables.stamps(), SizeIs(2880));
+    EXPECT_EQ(tables.most_rows, 2880U);
+}
+
 TEST_F(ScheduleTest, SlotsAreSavedInBatches) {
     run(kNoon, kNoon + 125, {.persist_slots = 2});
 

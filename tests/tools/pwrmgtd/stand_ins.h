@@ -112,6 +112,7 @@ public:
         for (const Row& row : rows) {
             working.insert({row.stamp_s, row.sample});
         }
+        most_rows = std::max(most_rows, working.size());
         return rows.size();
     }
 
@@ -170,6 +171,7 @@ public:
     std::vector<std::pair<std::int64_t, std::int64_t>> saves;
     std::vector<std::int64_t> trims_with_save;
     int appends = 0;
+    std::size_t most_rows = 0;  // that ever stood in the working table
     bool refuse_appends = false;
     bool refuse_saves = false;
     std::string displaced_file;
