@@ -21,5 +21,8 @@ set(CMAKE_FIND_ROOT_PATH_MODE_PACKAGE ONLY)
 
 find_program(PWRMGT_QEMU_ARM NAMES qemu-arm qemu-arm-static)
 if(PWRMGT_QEMU_ARM)
-    set(CMAKE_CROSSCOMPILING_EMULATOR ${PWRMGT_QEMU_ARM} -L /usr/${PWRMGT_ARM})
+    # Programs that need more than the compiler's own libraries run in the sysroot.
+    set(PWRMGT_EMULATED_ROOT /usr/${PWRMGT_ARM} CACHE PATH "Where an emulated program finds its libraries")
+    list(APPEND CMAKE_TRY_COMPILE_PLATFORM_VARIABLES PWRMGT_EMULATED_ROOT)
+    set(CMAKE_CROSSCOMPILING_EMULATOR ${PWRMGT_QEMU_ARM} -L ${PWRMGT_EMULATED_ROOT})
 endif()

@@ -78,10 +78,11 @@ void set_variable(const std::string& assignment) {
     setenv(assignment.substr(0, equals).c_str(), assignment.substr(equals + 1).c_str(), 1);
 }
 
-void freeze_clock(std::time_t clock_s) {
+void freeze_clock(int64_t seconds) {
     // The library reads the text in the zone of the process.
     tzset();
     std::tm parts{};
+    const auto clock_s = static_cast<std::time_t>(seconds);
     localtime_r(&clock_s, &parts);
     std::array<char, 32> text{};
     std::strftime(text.data(), text.size(), "%Y-%m-%d %H:%M:%S", &parts);

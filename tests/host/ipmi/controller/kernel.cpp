@@ -130,7 +130,10 @@ extern "C" int ioctl(int fd, unsigned long request, ...) noexcept {
     void* const argument = va_arg(arguments, void*);
     va_end(arguments);
     if (fd != device_end || fd < 0 || kernel.device == Kernel::Device::other_device) {
-        return static_cast<int>(syscall(SYS_ioctl, fd, request, argument));
+        const auto result = static_cast<int>(syscall(SYS_ioctl, fd, request, argument));
+        // An emulator says this of a request that it does not know, before any kernel sees it.
+        if (result < 0 && errno == ENOSYS) errno = ENOTTY;
+        return result;
     }
     switch (request) {
         case IPMICTL_SEND_COMMAND:
