@@ -54,6 +54,20 @@ TEST_F(Folds, SecondGroupStaysUntouchedForProcessorsAndMemory) {
     }
 }
 
+TEST_F(Folds, SecondGroupWithoutReadingsIsFoldedAsItStands) {
+    EXPECT_EQ(fold_system({{1, 2, 3, 65535, 65535, 65535}}), 1);
+
+    EXPECT_EQ(fields(entry), (Row{0, 90'000, 1, 2, 3, 65535, 65535, 65535}));
+}
+
+TEST_F(Folds, EntryThatAFailedStepCutsShortIsClearedInBothGroups) {
+    const OpenResult rows(Rows{steady_rows(90'000, 1, {1, 2, 3, 4, 5, 6}), 3, {}});
+
+    EXPECT_EQ(pwrmgt_get_powerSamples(rows, 1, 2, &entry, PWRMGT_DOMAIN_SYSTEM), 0);
+
+    EXPECT_EQ(fields(entry), (Row{7, 0, 0, 0, 0, 0, 0, 0}));
+}
+
 TEST_F(Folds, MeanIsTruncated) {
     EXPECT_EQ(fold_system({{100, 1, 1, 200, 1, 1}, {101, 1, 1, 201, 1, 1}, {101, 1, 1, 201, 1, 1}}),
               1);
