@@ -172,12 +172,12 @@ bool prepare_tables(MYSQL* session, std::string& why) {
         why = "made by a newer version";
         return false;
     }
-    const bool wanted = version == 0 || missing.load(std::memory_order_relaxed);
-    if (version < 0 || (wanted && !make_tables(session))) {
+    if (version < 0 || (version == 0 && !make_tables(session))) {
         why = error_of(session);
         return false;
     }
-    missing.store(false, std::memory_order_relaxed);
+    // A text may have named a table that nobody has: who may not make any goes on without.
+    if (missing.exchange(false) && version > 0) static_cast<void>(make_tables(session));
     return true;
 }
 
@@ -202,7 +202,7 @@ Session open_session(const Address& address, std::string& why) {
 }
 
 void suspect_missing_table() noexcept {
-    missing.store(true, std::memory_order_relaxed);
+    missing.store(true);
 }
 
 }  // namespace pwrmgt::vekdb::mariadb

@@ -74,7 +74,24 @@ TEST_F(Access, UserWhoMayOnlyReadIsToldThatItIsReadOnly) {
     EXPECT_EQ(insert_slot(db, "HistPowers24HrMem", 1, 30, 1), kReadOnly);
     EXPECT_EQ(insert_slot(db, "HistPowers24Hr", 1, 30, 1), kReadOnly);
     EXPECT_EQ(raw(db, "TRUNCATE TABLE PsuPropertyMem"), kReadOnly);
+    EXPECT_EQ(raw(db, "select * from Nothing"), kRefused);
     vek_db_close(db);
+}
+
+TEST_F(Access, UserWhoMayNotMakeTablesOpensAlsoWhenOneIsMissing) {
+    const std::string server_text = user_with("SELECT", "p%3As%2Ft%401");
+    const std::uint32_t owner = open_database();
+    const EnvironmentVariable server{"VEKDB_SERVER", server_text};
+    const std::uint32_t db = open_database();
+    raw(owner, "DROP TABLE PowerPolicy");
+    EXPECT_EQ(raw(owner, "select * from PowerPolicy"), kRefused);
+    vek_db_close(db);
+    EXPECT_NE(raw(open_database(), "select * from PowerPolicy"), 0);
+    const std::uint32_t again = open_database();
+
+    EXPECT_EQ(select(again, "select * from HistPowers24HrMem", 1), Table{});
+    vek_db_close(again);
+    vek_db_close(owner);
 }
 
 TEST_F(Access, UserWhoMayNotMakeTablesEmptiesThemAllTheSame) {

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // Locks that others hold, transactions that the server undoes, and what a connection leaves behind.
+#include <atomic>
 #include <thread>
 
 #include "server_test.h"
@@ -22,12 +23,12 @@ protected:
             db, "update HistPowers24Hr set SysAvgDc=SysAvgDc+1 where _id=" + std::to_string(slot));
     }
 
-    // Until a session waits for a lock of another's.
-    void await_waiting_session() {
-        while (select(watcher_,
-                      "select count(*) from information_schema.innodb_trx where "
-                      "trx_state='LOCK WAIT'",
-                      1)[0][0] == 0) {
+    // Until a session waits for a lock of another's, or it is said that none will any more.
+    void await_waiting_session(const std::atomic<bool>& ended) {
+        while (!ended && select(watcher_,
+                                "select variable_value from information_schema.global_status where "
+                                "variable_name='INNODB_ROW_LOCK_CURRENT_WAITS'",
+                                1)[0][0] == 0) {
             std::this_thread::yield();
         }
     }
@@ -58,15 +59,21 @@ TEST_F(Transactions, EachWaitsOnlySoLongAndSeesWhatIsCommitted) {
 // The server undoes one of two transactions that wait for each other, as a whole.
 TEST_F(Transactions, UndoneOneIsNotEndedAsIfItWereWhole) {
     watcher_ = open_database();
-    for (const std::uint32_t db : {one_, other_})
+    for (const std::uint32_t db : {one_, other_}) {
+        raw(db, "SET SESSION innodb_lock_wait_timeout=60");
         raw(db, "BEGIN");
+    }
     insert_slot(one_, "HistPowers24Hr", 11, 330, 1);
     insert_slot(other_, "HistPowers24Hr", 12, 360, 1);
     touch(one_, 1);
     touch(other_, 2);
     int first = 0;
-    std::thread waiting{[&] { first = touch(one_, 2); }};
-    await_waiting_session();
+    std::atomic<bool> ended{false};
+    std::thread waiting{[&] {
+        first = touch(one_, 2);
+        ended = true;
+    }};
+    await_waiting_session(ended);
     const int second = touch(other_, 1);
     if (second == 0) raw(other_, "COMMIT");
     waiting.join();

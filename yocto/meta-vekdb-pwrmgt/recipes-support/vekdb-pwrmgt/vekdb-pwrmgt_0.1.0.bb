@@ -17,7 +17,7 @@ inherit ${@bb.utils.contains('PACKAGECONFIG', 'host', 'systemd useradd', '', d)}
 PACKAGECONFIG ??= "host"
 PACKAGECONFIG[host] = "-DPWRMGT_HOST_PLATFORM=ON -DPWRMGT_TOOLS=ON,-DPWRMGT_HOST_PLATFORM=OFF -DPWRMGT_TOOLS=OFF,sqlite3 cli11 nlohmann-json"
 PACKAGECONFIG[ipmi] = "-DPWRMGT_IPMI=ON,-DPWRMGT_IPMI=OFF,openipmi"
-PACKAGECONFIG[mariadb] = "-DPWRMGT_MARIADB=ON,-DPWRMGT_MARIADB=OFF,mariadb-connector-c"
+PACKAGECONFIG[mariadb] = "-DPWRMGT_MARIADB=ON,-DPWRMGT_MARIADB=OFF,mariadb"
 
 EXTRA_OECMAKE = "-DCMAKE_SKIP_INSTALL_RPATH=ON -DPWRMGT_UNIT_DIR=${systemd_system_unitdir} -DPWRMGT_SMALL=ON \
                  ${@bb.utils.contains('PTEST_ENABLED', '1', '-DPWRMGT_TESTS=ON', '-DPWRMGT_TESTS=OFF', d)}"
