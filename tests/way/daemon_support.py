@@ -117,16 +117,24 @@ class WayTest(unittest.TestCase):
             self.assertEqual(values[0], stamp % 86400 // 30, f"slot number of {stamp}")
 
 
+def forget_shared_clock(process):
+    """libfaketime keeps its clock in shared memory, and a killed process leaves that behind."""
+    for name in (f"faketime_shm_{process}", f"sem.faketime_sem_{process}"):
+        Path("/dev/shm", name).unlink(missing_ok=True)
+
+
 class MovedClock:
     """Stands still where the test puts it; a daemon that waits for a second notices within one."""
 
-    def __init__(self, directory, start):
+    def __init__(self, directory, start, text=utc_text):
+        """`text`: how a time is written in the file."""
         self.file = Path(directory, "clock")
+        self._text = text
         self.move_to(start)
 
     def move_to(self, seconds):
         new = self.file.with_suffix(".new")
-        new.write_text(utc_text(seconds) + "\n", encoding="utf-8")
+        new.write_text(self._text(seconds) + "\n", encoding="utf-8")
         new.rename(self.file)
         self.now = seconds
 
@@ -167,7 +175,7 @@ class RunningDaemon:
         self.process.send_signal(signal_number)
         self.process.wait(timeout=DEADLINE_S)
         self._reader.join()
-        self._forget_shared_clock()
+        forget_shared_clock(self.process.pid)
         while (line := self._lines.get_nowait()) is not None:
             self.said.append(line)
         self.stdout = self.process.stdout.read()
@@ -178,11 +186,6 @@ class RunningDaemon:
             self.process.kill()
             self.process.wait()
         self._reader.join()
-        self._forget_shared_clock()
+        forget_shared_clock(self.process.pid)
         self.process.stdout.close()
         self.process.stderr.close()
-
-    def _forget_shared_clock(self):
-        """libfaketime keeps its clock in shared memory, and a killed process leaves that behind."""
-        for name in (f"faketime_shm_{self.process.pid}", f"sem.faketime_sem_{self.process.pid}"):
-            Path("/dev/shm", name).unlink(missing_ok=True)

@@ -8,6 +8,17 @@
 #include "time_text.h"
 
 namespace pwrmgt::pwrmgtd {
+namespace {
+
+std::string why_not_recordable(std::int64_t now_s) {
+    if (is_recordable(now_s)) return {};
+    const std::string reason = now_s > INT32_MAX ? "is past " + time_text(INT32_MAX) +
+                                                       ", the last second that the tables hold"
+                                                 : "cannot be right";
+    return reason + "; recording waits until it is set";
+}
+
+}  // namespace
 
 Schedule::Schedule(const Station& station, Rhythm rhythm)
     : station_(station),
@@ -80,8 +91,7 @@ bool Schedule::advance(std::int64_t now_s) {
 bool Schedule::enter_slot(std::int64_t now_s) {
     const std::int64_t slot_s = slot_start(now_s);
     if (open_s_ == slot_s) return false;
-    station_.log.state(
-        "clock", is_recordable(now_s) ? "" : "cannot be right; recording waits until it is set");
+    station_.log.state("clock", why_not_recordable(now_s));
     if (!is_recordable(now_s) || is_behind(now_s)) {
         open_s_.reset();
         readings_ = {};

@@ -81,7 +81,7 @@ TEST_F(ScheduleTest, AReaderNeverFindsMoreThanADay) {
         store(stamp_s);
     }
 
-    run(kNoon, kNoon + 200, {});
+    run(kNoon, kNoon + 180, {});
 
     EXPECT_THAT(tables.stamps(), SizeIs(2880));
     EXPECT_EQ(tables.most_rows, 2880U);

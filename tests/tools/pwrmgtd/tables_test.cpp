@@ -40,6 +40,17 @@ TEST_F(TablesTest, AReadingBecomesTheRealTimeRow) {
     EXPECT_EQ(number("RealTimePowersMem", "Timestamp", "_id=0"), kMidnight + 1);
 }
 
+TEST_F(TablesTest, AReadingIsStampedUpToTheLastSecondOf32Bits) {
+    EXPECT_TRUE(tables.show(system_reading(1), 4294967295));
+    EXPECT_FALSE(tables.show(system_reading(2), 4294967296));
+    EXPECT_FALSE(tables.show(system_reading(2), 4294967297));
+    EXPECT_FALSE(tables.show(system_reading(2), -1));
+
+    EXPECT_EQ(number("RealTimePowersMem", "Timestamp", "_id=0"), 4294967295);
+    EXPECT_EQ(number("RealTimePowersMem", "SysPwrDc", "_id=0"), 1);
+    EXPECT_THAT(log.lines, ElementsAre("real-time row: its time does not hold the clock's"));
+}
+
 TEST_F(TablesTest, AMissingReadingBecomesTheMarkers) {
     EXPECT_TRUE(tables.show({}, kMidnight));
 
