@@ -19,7 +19,7 @@ struct Cause {
 constexpr std::string_view kUnsupported = "power management is not offered on this platform";
 constexpr std::string_view kNotOpened = "the database did not open";
 constexpr std::string_view kQuery = "the database query failed";
-constexpr std::string_view kClock = "the clock does not show a time after 1970";
+constexpr std::string_view kClock = "the clock shows no time from 1970 to 2038-01-19";
 constexpr std::string_view kNothing = "no reading recorded {}";
 constexpr std::string_view kNoPolicy = "no power policy is stored";
 constexpr std::string_view kNoBlade = "not offered on this platform, or on a blade";

@@ -338,7 +338,7 @@ TEST_F(History, ClockBefore1970IsAFailureAndNotAnEmptyWindow) {
     const Finished run = launch(before_1970);
 
     EXPECT_EQ(run.exit, 1);
-    EXPECT_EQ(run.err, "pwrmgtctl: the clock does not show a time after 1970 (status 31)\n");
+    EXPECT_EQ(run.err, "pwrmgtctl: the clock shows no time from 1970 to 2038-01-19 (status 31)\n");
 }
 
 TEST_F(History, NewestReadingOfTwoSlotsAgoIsNotStale) {

@@ -127,7 +127,7 @@ TEST_F(Summary, ClockBefore1970IsExit1) {
     const Finished run = launch({{"power", "summary", "--minutes", "5"}, {}, -100000, Sink::file});
 
     EXPECT_EQ(run.exit, 1);
-    EXPECT_EQ(run.err, "pwrmgtctl: the clock does not show a time after 1970 (status 31)\n");
+    EXPECT_EQ(run.err, "pwrmgtctl: the clock shows no time from 1970 to 2038-01-19 (status 31)\n");
 }
 
 }  // namespace
