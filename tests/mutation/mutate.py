@@ -5,73 +5,23 @@
 The library is built from a copy of the tree; the test programs stay as they are and load the broken library. Every
 survivor is either listed in equivalent.txt with the reason why nobody can notice it, or a test is missing: exit 1."""
 import argparse
-import os
+import concurrent.futures
+import hashlib
 import pathlib
+import queue
 import random
-import shutil
-import subprocess
+import resource
 import sys
 import tempfile
 import time
 
 import mutants
+import workshop
 
-ROOMS = ("db", "history", "policy", "psu", "query", "thermal")
-COPIED = ("CMakeLists.txt", "abi", "cmake", "include", "platform", "src", "tests")
 # Statuses whose numbers differ, exchanged for one another in this order.
 STATUSES = ("ok", "null_argument", "no_connection", "query_failed", "no_window", "no_data")
-TEST_TIMEOUT_S = 60
-
-
-class Workshop:
-    """A copy of the tree with a build of the library in it, and the test programs of another build."""
-
-    def __init__(self, root, tests, scratch):
-        self.tree = scratch / "tree"
-        self.build = scratch / "build"
-        self.tests = tests
-        self.tree.mkdir()
-        for name in COPIED:
-            source = root / name
-            (shutil.copytree if source.is_dir() else shutil.copy)(source, self.tree / name)
-        run = subprocess.run(["cmake", "-S", self.tree, "-B", self.build, "-G", "Ninja", "-DCMAKE_BUILD_TYPE=Debug",
-                              "-DPWRMGT_HOST_PLATFORM=OFF", "-DCMAKE_CXX_FLAGS_DEBUG=-O0", "-DPWRMGT_TESTS=ON",
-                              "-DPWRMGT_TEST_OPTIONS=-O0"], capture_output=True, text=True)
-        if run.returncode != 0 or not self.compiles("vekdb_pwrmgt"):
-            sys.exit(f"the unbroken tree does not build\n{run.stdout}{run.stderr}")
-
-    def compiles(self, *targets):
-        return subprocess.run(["ninja", "-C", self.build, "-j1", *targets], capture_output=True).returncode == 0
-
-    def programs(self, file):
-        """The test programs that see a file: its room's, or every room's when all rooms stand on it."""
-        room = file.split("/")[1]
-        rooms = ROOMS if room == "db" else (room,)
-        return [(name, self.tests / name / f"{name}_test") for name in rooms]
-
-    def tests_pass(self, file):
-        environment = dict(os.environ, LD_LIBRARY_PATH=str(self.build / "src"))
-        for _, program in self.programs(file):
-            try:
-                run = subprocess.run([program, "--gtest_fail_fast", "--gtest_brief=1"], env=environment, capture_output=True,
-                                     timeout=TEST_TIMEOUT_S)
-            except subprocess.TimeoutExpired:
-                return False
-            if run.returncode != 0:
-                return False
-        return True
-
-    def try_out(self, mutant):
-        """killed, survived, or invalid: did not compile."""
-        path = self.tree / mutant.file
-        original = path.read_text()
-        path.write_text(mutant.text)
-        try:
-            if not self.compiles("vekdb_pwrmgt"):
-                return "invalid"
-            return "survived" if self.tests_pass(mutant.file) else "killed"
-        finally:
-            path.write_text(original)
+OUTCOMES = ("killed", "survived", "invalid", "same", "equivalent")
+MEMORY_OF_A_PROCESS = 2 << 30  # a broken loop that stores what it reads
 
 
 def excused(path):
@@ -80,15 +30,43 @@ def excused(path):
     return {key.strip(): reason.strip() for key, _, reason in (row.rpartition(" | ") for row in rows)}
 
 
-def chosen_mutants(root, rooms, skipped, share, seed):
+def chosen_mutants(root, rooms, share, seed):
+    """Of the rooms, in their order; headers after sources: a header costs more to try."""
     chooser = random.Random(seed)
+    chosen = []
     for path in sorted((root / "src").rglob("*")):
         file = str(path.relative_to(root))
-        if path.suffix not in (".cpp", ".h") or file in skipped or file.split("/")[1] not in rooms:
+        if path.suffix not in (".cpp", ".h"):
             continue
         for mutant in mutants.mutants_of(file, path.read_text(), STATUSES):
-            if chooser.random() < share:
-                yield mutant
+            if chooser.random() < share and workshop.room_of(file) in rooms:
+                chosen.append(mutant)
+    return sorted(chosen, key=lambda mutant: (rooms.index(workshop.room_of(mutant.file)), mutant.file.endswith(".h")))
+
+
+class Record:
+    """Outcomes of an earlier run, so that an interrupted one goes on where it stopped. What survived is tried again:
+    there may be a test by now."""
+
+    def __init__(self, path, root):
+        self.path, self.root, self.known = path, root, {}
+        if path is not None and path.exists():
+            for line in path.read_text().splitlines():
+                outcome, _, name = line.partition("\t")
+                self.known[name] = outcome
+
+    def name(self, mutant):
+        digest = hashlib.sha256((self.root / mutant.file).read_bytes()).hexdigest()[:12]
+        return f"{digest} {mutant.file}:{mutant.line}: {mutant.before.strip()} -> {mutant.after.strip()}"
+
+    def outcome(self, mutant):
+        outcome = self.known.get(self.name(mutant))
+        return None if outcome == "survived" else outcome
+
+    def add(self, mutant, outcome):
+        if self.path is not None:
+            with self.path.open("a") as file:
+                file.write(f"{outcome}\t{self.name(mutant)}\n")
 
 
 def arguments():
@@ -96,32 +74,51 @@ def arguments():
     parser = argparse.ArgumentParser(description=__doc__)
     parser.add_argument("--root", type=pathlib.Path, default=here.parents[2])
     parser.add_argument("--tests", type=pathlib.Path, required=True, help="directory of the built test programs")
-    parser.add_argument("--room", choices=ROOMS, action="append", help="only this room; may be given several times")
+    parser.add_argument("--room", choices=workshop.ROOMS, action="append", help="only this room; may be given several times")
     parser.add_argument("--share", type=float, default=1.0, help="part of the mutants to try, 0..1")
     parser.add_argument("--seed", type=int, default=1, help="which part")
-    # The tests compile these into themselves, and would not see them broken in the library.
-    parser.add_argument("--skip", action="append", default=["src/psu/rated_power.cpp", "src/psu/rated_power.h"])
+    parser.add_argument("--jobs", type=int, default=1, help="how many to try at a time")
+    parser.add_argument("--record", type=pathlib.Path, help="file of outcomes: what is in it is not tried again")
     return parser.parse_args()
+
+
+def outcomes(options, record, scratch):
+    """(mutant, outcome) of every chosen mutant, as they come."""
+    known = excused(pathlib.Path(__file__).with_name("equivalent.txt"))
+    rooms = tuple(options.room or workshop.ROOMS[1:] + workshop.ROOMS[:1])
+    workshops = queue.SimpleQueue()
+    for number in range(options.jobs):
+        workshops.put(workshop.open_workshop(options.root, options.tests.resolve(), scratch / str(number)))
+
+    def outcome_of(mutant):
+        if mutant.key() in known:
+            return mutant, "equivalent"
+        outcome = record.outcome(mutant)
+        if outcome is None:
+            place = workshops.get()
+            try:
+                outcome = place.try_out(mutant)
+            finally:
+                workshops.put(place)
+            record.add(mutant, outcome)
+        return mutant, outcome
+
+    with concurrent.futures.ThreadPoolExecutor(options.jobs) as pool:
+        yield from pool.map(outcome_of, chosen_mutants(options.root, rooms, options.share, options.seed))
 
 
 def main():
     options = arguments()
-    known = excused(pathlib.Path(__file__).with_name("equivalent.txt"))
-    counts = {"killed": 0, "survived": 0, "invalid": 0, "equivalent": 0}
+    resource.setrlimit(resource.RLIMIT_AS, (MEMORY_OF_A_PROCESS, MEMORY_OF_A_PROCESS))
+    resource.setrlimit(resource.RLIMIT_CORE, (0, 0))
+    counts = dict.fromkeys(OUTCOMES, 0)
     started = time.monotonic()
     with tempfile.TemporaryDirectory(prefix="mutation-") as scratch:
-        workshop = Workshop(options.root, options.tests.resolve(), pathlib.Path(scratch))
-        for room in ROOMS:
-            if not workshop.tests_pass(f"src/{room}/"):
-                sys.exit(f"the tests of {room} do not pass on the unbroken library")
-        for mutant in chosen_mutants(options.root, options.room or ROOMS, options.skip, options.share, options.seed):
-            if mutant.key() in known:
-                counts["equivalent"] += 1
-                continue
-            outcome = workshop.try_out(mutant)
+        for mutant, outcome in outcomes(options, Record(options.record, options.root), pathlib.Path(scratch)):
             counts[outcome] += 1
             if outcome == "survived":
-                print(f"survived {mutant.file}:{mutant.line}: {mutant.before.strip()} -> {mutant.after.strip() or '(nothing)'}", flush=True)
+                print(f"survived {mutant.file}:{mutant.line}: {mutant.before.strip()} -> {mutant.after.strip() or '(nothing)'}",
+                      flush=True)
     print(", ".join(f"{count} {name}" for name, count in counts.items()), f"in {time.monotonic() - started:.0f} s")
     sys.exit(1 if counts["survived"] else 0)
 
