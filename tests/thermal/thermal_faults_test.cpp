@@ -151,3 +151,11 @@ TEST_F(BucketFaults, RowOfWhichTypeOrInstanceCannotBeReadIsSkipped) {
             EXPECT_EQ(count, 4U);
         });
 }
+
+TEST_F(BucketFaults, TimeThatCannotBeReadIsTheEpoch) {
+    platform().fail(Operation::column);
+
+    EXPECT_EQ(walk_one(), 1U);
+
+    EXPECT_THAT(trace, testing::HasSubstr("record 0, 1, 1, 20, expected tm 600\n"));
+}
