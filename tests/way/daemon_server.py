@@ -124,10 +124,11 @@ class OnServer(WayTest):
         self.server.start()
 
         again = self.daemon(*FROM_TRACE, clock=(newest + 200, 300))
-        later = again.wait_for_slots()
+        again.wait_for_slots()
         self.assertEqual(again.end(), 0)
 
-        after = self.recorded(later)
+        # As from then: a slow machine may be more than an hour of this clock later.
+        after = self.recorded(newest)
         self.assertGreaterEqual(len(before), 4)
         self.assertEqual({stamp: after.get(stamp) for stamp in before}, before)
 
