@@ -122,9 +122,7 @@ def wait_for_first_reading(daemon):
     daemon.wait_for("asked to save")
 
 
-class LastDays(WayTest):
-    """Where 32 bits end: signed, in which statements print times, and unsigned, in which columns hold them."""
-
+class AtTheEnd(WayTest):
     def start_at(self, seconds, *arguments):
         self.clock = MovedClock(self.place, seconds)
         daemon = self.daemon(*FROM_TRACE, *arguments, clock=self.clock)
@@ -145,6 +143,33 @@ class LastDays(WayTest):
 
     def troubles(self, daemon):
         return [line for line in daemon.said if re.search("^pwrmgtd: (clock|slots|real-time row): |status [0-9]|refused", line)]
+
+
+class ClockOf32Bits(AtTheEnd):
+    """A C library whose clock is in 1901 after the last signed second."""
+
+    def test_the_history_ends_with_the_last_second_and_is_kept(self):
+        self.daemon_once("--replay", TRACE, "--until", str(LAST_SIGNED - 67), clock=LAST_SIGNED - 67)
+        daemon = self.start_at(LAST_SIGNED - 66, "--persist-every", "1")
+        self.clock.move_to(2147483640)
+        self.assertEqual(daemon.wait_for_slots(), 2147483610)
+        daemon.wait_for("saved up to the slot of 2038-01-19 03:13:30Z")
+        day = self.rows("HistPowers24Hr")
+
+        for later in (LAST_SIGNED + 1, LAST_SIGNED + DAY_S):
+            self.wait_for_reading(daemon, later)
+            self.assertEqual(self.shown(), 2147483640)
+        self.assertEqual(daemon.end(), 0, daemon.said)
+
+        self.assertEqual(self.rows("HistPowers24Hr"), day)
+        self.assertEqual(self.rows("HistPowers24HrMem"), day)
+        self.assert_consecutive(day)
+        self.assertEqual(self.troubles(daemon), ["pwrmgtd: clock: cannot be right; recording waits until it is set",
+                                                 "pwrmgtd: real-time row: its time does not hold the clock's"])
+
+
+class LastDays(AtTheEnd):
+    """Where 32 bits end: signed, in which statements print times, and unsigned, in which columns hold them."""
 
     def test_the_history_ends_with_the_last_signed_second_and_is_kept(self):
         self.daemon_once("--replay", TRACE, "--until", str(LAST_SIGNED - 67), clock=LAST_SIGNED - 67)
