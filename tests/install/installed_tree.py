@@ -51,7 +51,8 @@ class InstalledTree(unittest.TestCase):
         made.rename(cls.prefix)
         for name in ("state", "run"):
             (cls.scratch / name).mkdir(mode=0o700)
-        cls.environment = without_build(os.environ) | {
+        # The sysroot of a cross build lies in the build tree.
+        cls.environment = without_build(os.environ) | {"LDFLAGS": os.environ["LINK_FLAGS"]} | {
             "VEKDB_STATE_DIR": str(cls.scratch / "state"), "VEKDB_RUNTIME_DIR": str(cls.scratch / "run")}
 
     def execute(self, program, *arguments, **more):
@@ -92,7 +93,7 @@ class WholeTree(InstalledTree):
                                         (CXX, "consumer.cpp", "history is offered: 1\nsummary: status 8\n")):
             program = self.scratch / f"{source}.program"
 
-            run(compiler, CONSUMER / source, "-o", program, *flags, where, env=self.environment)
+            run(compiler, CONSUMER / source, "-o", program, *flags, *shlex.split(os.environ["LINK_FLAGS"]), where, env=self.environment)
 
             self.assertEqual(self.execute(program), shown)
 
