@@ -42,3 +42,15 @@ function(pwrmgt_shared_library target list component)
     install(TARGETS ${target} EXPORT vekdb_pwrmgt-${component}
             LIBRARY COMPONENT ${component} NAMELINK_COMPONENT dev)
 endfunction()
+
+# pwrmgt_module(<target> <parts> <library> <component>): a shared object of the objects <parts>, with the exports that
+# exports.txt lists, which <library> looks for beside itself and nowhere else. A component of its own holds it, so that it can
+# be a package of its own: what it is linked to is not needed where it is not used.
+function(pwrmgt_module target parts library component)
+    add_library(${target} MODULE)
+    target_link_libraries(${target} PRIVATE ${parts})
+    set_target_properties(${target} PROPERTIES LINKER_LANGUAGE CXX
+                          LIBRARY_OUTPUT_DIRECTORY $<TARGET_FILE_DIR:${library}>)
+    pwrmgt_export_list(${target} ${CMAKE_CURRENT_SOURCE_DIR}/exports.txt)
+    install(TARGETS ${target} LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT ${component})
+endfunction()
