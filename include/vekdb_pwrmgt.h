@@ -915,7 +915,10 @@ PWRMGT_API uint32_t pwrmgt_unsupport_check(const char* name);
  * @retval 3  the query failed
  * @retval 8  the table holds no row
  *
- * Copies `IsBlade` to #g_power_policy_flag while that is 255. Opens and closes
+ * A field whose column cannot be read keeps what the caller had in it, and 0 is
+ * returned all the same: reading the row itself is not tested.
+ *
+ * Copies `is_blade` to #g_power_policy_flag while that is 255. Opens and closes
  * its own connection.
  */
 PWRMGT_API uint32_t pwrmgt_get_pwrpolicy_tbl(pwrmgt_power_policy_t* out);
