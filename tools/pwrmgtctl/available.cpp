@@ -30,14 +30,14 @@ Outcome show(const CommonOptions& options) {
 
 }  // namespace
 
-void add_power_available(CLI::App& power, Action& chosen) {
+void add_power_available(cli::Command power, Action& chosen) {
     const auto options = std::make_shared<CommonOptions>();
-    CLI::App& command = add_command(power, chosen,
-                                    {"available", "Power that the supplies let the system draw",
-                                     "Examples:\n"
-                                     "  pwrmgtctl power available --watch 10\n"
-                                     "  pwrmgtctl power available --json | jq .available_w"},
-                                    options, show);
+    cli::Command command = add_command(power, chosen,
+                                       {"available", "Power that the supplies let the system draw",
+                                        "Examples:\n"
+                                        "  pwrmgtctl power available --watch 10\n"
+                                        "  pwrmgtctl power available --json | jq .available_w"},
+                                       options, show);
     let_watch(command, chosen, options, show);
 }
 

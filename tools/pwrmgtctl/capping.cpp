@@ -159,7 +159,7 @@ Outcome set(const SetOptions& options) {
 
 }  // namespace
 
-void add_capping(CLI::App& capping, Action& chosen) {
+void add_capping(cli::Command capping, Action& chosen) {
     const auto get = std::make_shared<GetOptions>();
     add_command(capping, chosen,
                 {"get", "The cap that the firmware keeps to",
@@ -168,7 +168,7 @@ void add_capping(CLI::App& capping, Action& chosen) {
         .add_flag("--ungated", get->ungated, "Ask also where power management is not offered");
 
     const auto changed = std::make_shared<SetOptions>();
-    CLI::App& command =
+    cli::Command command =
         add_command(capping, chosen,
                     {"set", "Set a cap, or switch it on or off, and read it back",
                      "A cap outside the permitted range is refused with exit code 6.\n"
@@ -179,17 +179,16 @@ void add_capping(CLI::App& capping, Action& chosen) {
                      "  pwrmgtctl capping set 150 --force"},
                     changed, set);
     command.add_option("CAP", changed->cap, "Watts, on or off; on and off keep the watts")
-        ->required()
-        ->check(watts_or({"on", "off"}))
-        ->type_name(" ");
+        .required()
+        .check(cli::watts_or({"on", "off"}))
+        .type_name(" ");
     command
         .add_option("--mode", changed->mode, "The firmware's mode; the present one when left out")
-        ->check(whole_number(0, kHighestMode))
-        ->type_name("N");
-    command
-        .add_option("--audit", changed->audit, "Your name for the firmware's log, to 64 letters")
-        ->check(text_up_to(PWRMGT_MAX_AUDIT_NAME))
-        ->type_name("NAME");
+        .check(cli::whole_number(0, kHighestMode))
+        .type_name("N");
+    command.add_option("--audit", changed->audit, "Your name for the firmware's log, to 64 letters")
+        .check(cli::text_up_to(PWRMGT_MAX_AUDIT_NAME))
+        .type_name("NAME");
     command.add_flag("--dc", changed->dc, "Hold the cap against the DC limits, not the AC limits");
     command.add_flag("--force", changed->force, "Set it outside the permitted range, too");
 }

@@ -34,7 +34,7 @@ Outcome show(const Options& options) {
 
 }  // namespace
 
-void add_capping_ranges(CLI::App& capping, Action& chosen) {
+void add_capping_ranges(cli::Command capping, Action& chosen) {
     const auto options = std::make_shared<Options>();
     add_command(
         capping, chosen,

@@ -161,41 +161,40 @@ Outcome show_guarded(const Options& options) {
     }
 }
 
-void add_limits(CLI::App& command, Options& options) {
+void add_limits(cli::Command command, Options& options) {
     command
         .add_option("--supplies", options.supplies,
                     "Healthy supplies expected, 1 to 12; every one present when left out")
-        ->check(CLI::Range(1U, uint32_t{PWRMGT_MAX_PSU}).description(""))
-        ->type_name("N");
+        .check(cli::whole_number(1, uint32_t{PWRMGT_MAX_PSU}))
+        .type_name("N");
     command
         .add_option("--redundancy", options.redundancy,
                     "Level of redundancy expected, 0 to 2; mode 2 keeps none")
-        ->check(CLI::Range(0U, kMostLevels).description(""))
-        ->type_name("LEVEL")
-        ->capture_default_str();
+        .check(cli::whole_number(0, kMostLevels))
+        .type_name("LEVEL")
+        .show_default();
     command
         .add_option("--warning", options.draw.warning_pct,
                     "Warn above this share of the available power")
-        ->check(CLI::Range(1U, kMaxPercent).description(""))
-        ->type_name("PERCENT")
-        ->capture_default_str();
+        .check(cli::whole_number(1, kMaxPercent))
+        .type_name("PERCENT")
+        .show_default();
     command
         .add_option("--critical", options.draw.critical_pct,
                     "Critical above this share of the available power")
-        ->check(CLI::Range(1U, kMaxPercent).description(""))
-        ->type_name("PERCENT")
-        ->capture_default_str();
+        .check(cli::whole_number(1, kMaxPercent))
+        .type_name("PERCENT")
+        .show_default();
     command.add_option("--max-age", options.max_age_s, "Critical when the stored reading is older")
-        ->check(CLI::Range(int64_t{1}, kMaxAge).description(""))
-        ->type_name("SECONDS")
-        ->capture_default_str();
+        .check(cli::whole_number(1, kMaxAge))
+        .type_name("SECONDS")
+        .show_default();
     command
         .add_option("--skip", options.skip,
                     "Leave out a part: supplies, redundancy, draw or age; may be repeated")
-        ->check(one_of({"supplies", "redundancy", "draw", "age"}))
-        ->type_name("PART")
-        ->expected(1)
-        ->take_all();
+        .check(cli::one_of({"supplies", "redundancy", "draw", "age"}))
+        .type_name("PART")
+        .may_be_repeated();
     command.add_flag("--json", options.json, "One JSON document instead of a line");
 }
 
@@ -206,14 +205,14 @@ Outcome check_mistake(const std::string& words) {
                           plugin_line({{PluginState::unknown, "", words, ""}}));
 }
 
-void add_check(CLI::App& app, Action& chosen) {
-    CLI::App* command = app.add_subcommand(
+void add_check(cli::Command app, Action& chosen) {
+    cli::Command command = app.add_command(
         "check", "Supplies, redundancy, draw and age of the data, for a monitoring system");
     const auto options = std::make_shared<Options>();
-    add_limits(*command, *options);
-    command->callback(
+    add_limits(command, *options);
+    command.when_parsed(
         [&chosen, options] { chosen = [options] { return show_guarded(*options); }; });
-    command->footer(
+    command.footer(
         "Exit codes, which are a plugin's and not those of the other commands:\n"
         "  0  OK: everything was read and is as it should be\n"
         "  1  WARNING: draw above --warning, redundancy below --redundancy,\n"

@@ -2,7 +2,6 @@
 // What every command shares: exit codes, what a command hands back, and how it registers itself.
 #pragma once
 
-#include <CLI/CLI.hpp>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -11,6 +10,7 @@
 #include <utility>
 #include <vector>
 
+#include "cli.h"
 #include "watch.h"
 
 namespace pwrmgt::pwrmgtctl {
@@ -76,15 +76,15 @@ struct CommandText {
 
 // Makes a command of a family (or of the program itself) that runs `show` with its options.
 template <class Options>
-CLI::App& add_command(CLI::App& family, Action& chosen, const CommandText& text,
-                      const std::shared_ptr<Options>& options, Outcome (*show)(const Options&)) {
-    CLI::App* command = family.add_subcommand(text.name, text.description);
-    command->add_flag("--json", options->json, "One JSON document instead of text");
-    command->add_flag("--timing", options->timing, "Tell how long the query took");
-    command->footer(text.examples);
-    command->callback(
+cli::Command add_command(cli::Command family, Action& chosen, const CommandText& text,
+                         const std::shared_ptr<Options>& options, Outcome (*show)(const Options&)) {
+    cli::Command command = family.add_command(text.name, text.description);
+    command.add_flag("--json", options->json, "One JSON document instead of text");
+    command.add_flag("--timing", options->timing, "Tell how long the query took");
+    command.footer(text.examples);
+    command.when_parsed(
         [&chosen, options, show] { chosen = [options, show] { return show(*options); }; });
-    return *command;
+    return command;
 }
 
 // The options of a view that can be watched.
@@ -93,16 +93,16 @@ struct WatchOptions {
     uint32_t times = 0;
 };
 
-void add_watch_options(CLI::App& command, WatchOptions& options);
+void add_watch_options(cli::Command command, WatchOptions& options);
 
 // Lets a command that shows what is now be watched.
 template <class Options>
-void let_watch(CLI::App& command, Action& chosen, const std::shared_ptr<Options>& options,
+void let_watch(cli::Command command, Action& chosen, const std::shared_ptr<Options>& options,
                Outcome (*show)(const Options&)) {
     const auto asked = std::make_shared<WatchOptions>();
     add_watch_options(command, *asked);
-    command.callback([&command, &chosen, options, show, asked] {
-        const bool watched = command.count("--watch") + command.count("--watch-count") > 0;
+    command.when_parsed([command, &chosen, options, show, asked] {
+        const bool watched = command.given("--watch") || command.given("--watch-count");
         options->one_line = watched;
         chosen = [options, show] { return show(*options); };
         if (!watched) return;
@@ -113,40 +113,28 @@ void let_watch(CLI::App& command, Action& chosen, const std::shared_ptr<Options>
     });
 }
 
-// A validator that takes these words only. Its name lists them for the completion of the shell; the
-// help has them in the option's own text.
-CLI::Validator one_of(const std::vector<std::string>& words);
-
-CLI::Validator whole_number(int64_t lowest, int64_t highest);
-
-// Takes 0 to 65534 watts, or one of these words. 65535 is no power but a marker.
-CLI::Validator watts_or(const std::vector<std::string>& words);
-
-// Takes a text of 1 to `most` bytes.
-CLI::Validator text_up_to(size_t most);
-
 // The commands, each added to its family.
-void add_power_history(CLI::App& power, Action& chosen);
-void add_power_summary(CLI::App& power, Action& chosen);
-void add_power_realtime(CLI::App& power, Action& chosen);
-void add_power_available(CLI::App& power, Action& chosen);
-void add_performance(CLI::App& performance, Action& chosen);
-void add_psu(CLI::App& psu, Action& chosen);
-void add_psu_history(CLI::App& psu, Action& chosen);
-void add_psu_summary(CLI::App& psu, Action& chosen);
-void add_cpu(CLI::App& cpu, Action& chosen);
-void add_thermal(CLI::App& thermal, Action& chosen);
-void add_capping(CLI::App& capping, Action& chosen);
-void add_capping_ranges(CLI::App& capping, Action& chosen);
-void add_gpu(CLI::App& gpu, Action& chosen);
-void add_settings(CLI::App& settings, Action& chosen);
-void add_meter(CLI::App& meter, Action& chosen);
-void add_store(CLI::App& store, Action& chosen);
-void add_redundancy(CLI::App& redundancy, Action& chosen);
-void add_policy(CLI::App& policy, Action& chosen);
+void add_power_history(cli::Command power, Action& chosen);
+void add_power_summary(cli::Command power, Action& chosen);
+void add_power_realtime(cli::Command power, Action& chosen);
+void add_power_available(cli::Command power, Action& chosen);
+void add_performance(cli::Command performance, Action& chosen);
+void add_psu(cli::Command psu, Action& chosen);
+void add_psu_history(cli::Command psu, Action& chosen);
+void add_psu_summary(cli::Command psu, Action& chosen);
+void add_cpu(cli::Command cpu, Action& chosen);
+void add_thermal(cli::Command thermal, Action& chosen);
+void add_capping(cli::Command capping, Action& chosen);
+void add_capping_ranges(cli::Command capping, Action& chosen);
+void add_gpu(cli::Command gpu, Action& chosen);
+void add_settings(cli::Command settings, Action& chosen);
+void add_meter(cli::Command meter, Action& chosen);
+void add_store(cli::Command store, Action& chosen);
+void add_redundancy(cli::Command redundancy, Action& chosen);
+void add_policy(cli::Command policy, Action& chosen);
 
-void add_check(CLI::App& app, Action& chosen);
-void add_metrics(CLI::App& app, Action& chosen);
+void add_check(cli::Command app, Action& chosen);
+void add_metrics(cli::Command app, Action& chosen);
 
 // A command line that `check` cannot follow: told the way a monitoring plugin tells it.
 Outcome check_mistake(const std::string& words);

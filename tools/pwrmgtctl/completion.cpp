@@ -1,9 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "completion.h"
 
+#include <CLI/CLI.hpp>
 #include <algorithm>
 #include <map>
 #include <sstream>
+
+#include "command.h"
 
 namespace pwrmgt::pwrmgtctl {
 namespace {
@@ -118,7 +121,10 @@ std::string command_line(const CompletionCommand& command) {
 
 }  // namespace
 
-std::vector<CompletionCommand> completion_tree(CLI::App& app) {
+std::vector<CompletionCommand> completion_tree() {
+    CLI::App app;
+    Action none;
+    add_commands(app, none);
     std::vector<CompletionCommand> commands;
     const auto all = [](const CLI::App*) { return true; };
     for (CLI::App* noun : app.get_subcommands(all)) {

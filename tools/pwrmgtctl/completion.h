@@ -2,7 +2,6 @@
 // What a shell can complete, taken from the commands themselves.
 #pragma once
 
-#include <CLI/CLI.hpp>
 #include <string>
 #include <vector>
 
@@ -21,7 +20,7 @@ struct CompletionCommand {
 };
 
 // Every command that can be run, but for hidden ones.
-std::vector<CompletionCommand> completion_tree(CLI::App& app);
+std::vector<CompletionCommand> completion_tree();
 
 // The script for bash.
 std::string bash_completion(const std::vector<CompletionCommand>& commands);

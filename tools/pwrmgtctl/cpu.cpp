@@ -92,33 +92,33 @@ Outcome show(const Options& options) {
     return history_outcome(history, options);
 }
 
-void add_cpu_argument(CLI::App& command, Options& options) {
+void add_cpu_argument(cli::Command command, Options& options) {
     command.add_option("N", options.cpu, "Processor number, 1 to 8, or all")
-        ->check(one_of({"1", "2", "3", "4", "5", "6", "7", "8", "all"}))
-        ->type_name(" ")
-        ->capture_default_str();
+        .check(cli::one_of({"1", "2", "3", "4", "5", "6", "7", "8", "all"}))
+        .type_name(" ")
+        .show_default();
 }
 
 }  // namespace
 
-void add_cpu(CLI::App& cpu, Action& chosen) {
+void add_cpu(cli::Command cpu, Action& chosen) {
     const auto past = std::make_shared<Options>();
-    CLI::App& history = add_command(cpu, chosen,
-                                    {"history", "Power of processors, the newest rows",
-                                     "Examples:\n"
-                                     "  pwrmgtctl cpu history\n"
-                                     "  pwrmgtctl cpu history 2 --rows 10 --plot"},
-                                    past, show);
+    cli::Command history = add_command(cpu, chosen,
+                                       {"history", "Power of processors, the newest rows",
+                                        "Examples:\n"
+                                        "  pwrmgtctl cpu history\n"
+                                        "  pwrmgtctl cpu history 2 --rows 10 --plot"},
+                                       past, show);
     add_cpu_argument(history, *past);
     history.add_option("--rows", past->rows, "Rows to look for, 1 to 20")
-        ->check(whole_number(1, kMaxRows))
-        ->type_name("N")
-        ->capture_default_str();
+        .check(cli::whole_number(1, kMaxRows))
+        .type_name("N")
+        .show_default();
     add_layout_options(history, *past);
 
     const auto newest = std::make_shared<Options>();
     newest->latest = true;
-    CLI::App& latest =
+    cli::Command latest =
         add_command(cpu, chosen,
                     {"latest", "Power of processors, the newest row of the last two minutes",
                      "Example:\n  pwrmgtctl cpu latest all --json | jq '.entries[0].cpu1.avg_w'"},

@@ -98,48 +98,48 @@ Outcome show_power(const Options& options) {
         options, "", body));
 }
 
-void add_gpu_argument(CLI::App& command, Options& options) {
+void add_gpu_argument(cli::Command command, Options& options) {
     command.add_option("N", options.gpu, "GPU index, 0 to 255")
-        ->required()
-        ->check(whole_number(0, 255))
-        ->type_name(" ");
+        .required()
+        .check(cli::whole_number(0, 255))
+        .type_name(" ");
 }
 
-void add_kind_option(CLI::App& command, Options& options) {
+void add_kind_option(cli::Command command, Options& options) {
     command
         .add_option("--kind", options.kind,
                     "16: a cap in watts; 32: a byte of the firmware's meaning")
-        ->check(one_of({"16", "32"}))
-        ->type_name("KIND")
-        ->capture_default_str();
+        .check(cli::one_of({"16", "32"}))
+        .type_name("KIND")
+        .show_default();
 }
 
 }  // namespace
 
-void add_gpu(CLI::App& gpu, Action& chosen) {
+void add_gpu(cli::Command gpu, Action& chosen) {
     const auto get = std::make_shared<Options>();
-    CLI::App& shown =
+    cli::Command shown =
         add_command(gpu, chosen, {"get", "The cap of one GPU", "Example:\n  pwrmgtctl gpu get 0"},
                     get, show_cap);
     add_gpu_argument(shown, *get);
     add_kind_option(shown, *get);
 
     const auto set = std::make_shared<Options>();
-    CLI::App& changed = add_command(gpu, chosen,
-                                    {"set", "Set the cap of one GPU and read it back",
-                                     "Examples:\n"
-                                     "  pwrmgtctl gpu set 0 250\n"
-                                     "  pwrmgtctl gpu set 0 0     no cap"},
-                                    set, set_cap);
+    cli::Command changed = add_command(gpu, chosen,
+                                       {"set", "Set the cap of one GPU and read it back",
+                                        "Examples:\n"
+                                        "  pwrmgtctl gpu set 0 250\n"
+                                        "  pwrmgtctl gpu set 0 0     no cap"},
+                                       set, set_cap);
     add_gpu_argument(changed, *set);
     changed.add_option("CAP", set->value, "Watts, 0 to 65534; 0 for no cap")
-        ->required()
-        ->check(whole_number(0, 65534))
-        ->type_name(" ");
+        .required()
+        .check(cli::whole_number(0, 65534))
+        .type_name(" ");
     add_kind_option(changed, *set);
 
     const auto drawn = std::make_shared<Options>();
-    CLI::App& realtime = add_command(
+    cli::Command realtime = add_command(
         gpu, chosen,
         {"realtime", "What one GPU draws now", "Example:\n  pwrmgtctl gpu realtime 1 --watch"},
         drawn, show_power);

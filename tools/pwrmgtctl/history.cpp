@@ -160,10 +160,10 @@ Outcome show_performance(const Options& options) {
 }
 
 // The command with what every history can be asked.
-std::shared_ptr<Options> add_history(CLI::App& family, Action& chosen, const CommandText& text,
+std::shared_ptr<Options> add_history(cli::Command family, Action& chosen, const CommandText& text,
                                      Outcome (*show_it)(const Options&)) {
     auto options = std::make_shared<Options>();
-    CLI::App& command = add_command(family, chosen, text, options, show_it);
+    cli::Command command = add_command(family, chosen, text, options, show_it);
     add_request_options(command, options->span);
     add_layout_options(command, *options);
     return options;
@@ -171,7 +171,7 @@ std::shared_ptr<Options> add_history(CLI::App& family, Action& chosen, const Com
 
 }  // namespace
 
-void add_power_history(CLI::App& power, Action& chosen) {
+void add_power_history(cli::Command power, Action& chosen) {
     const auto options = add_history(
         power, chosen,
         {"history", "Power of a past period or window",
@@ -183,28 +183,28 @@ void add_power_history(CLI::App& power, Action& chosen) {
          "  pwrmgtctl power history --period 24h --csv >day.csv\n"
          "  pwrmgtctl power history --period 24h --json | jq '.entries[0].dc.avg_w'"},
         show_power);
-    power.get_subcommand("history")
-        ->add_option("--domain", options->domain, "What to show: system (DC and AC), cpu or memory")
-        ->check(one_of({"system", "cpu", "memory"}))
-        ->type_name("DOMAIN")
-        ->capture_default_str();
+    power.command("history")
+        .add_option("--domain", options->domain, "What to show: system (DC and AC), cpu or memory")
+        .check(cli::one_of({"system", "cpu", "memory"}))
+        .type_name("DOMAIN")
+        .show_default();
 }
 
-void add_psu_history(CLI::App& psu, Action& chosen) {
+void add_psu_history(cli::Command psu, Action& chosen) {
     const auto options = add_history(psu, chosen,
                                      {"history", "Input and output power of one supply",
                                       "Examples:\n"
                                       "  pwrmgtctl psu history 2 --period 24h --entries 10\n"
                                       "  pwrmgtctl psu history 1 --minutes 30 --csv"},
                                      show_psu);
-    psu.get_subcommand("history")
-        ->add_option("N", options->psu, "Bay number, 1 to 12")
-        ->required()
-        ->check(whole_number(1, PWRMGT_MAX_PSU))
-        ->type_name(" ");
+    psu.command("history")
+        .add_option("N", options->psu, "Bay number, 1 to 12")
+        .required()
+        .check(cli::whole_number(1, PWRMGT_MAX_PSU))
+        .type_name(" ");
 }
 
-void add_performance(CLI::App& performance, Action& chosen) {
+void add_performance(cli::Command performance, Action& chosen) {
     add_history(performance, chosen,
                 {"history", "Utilisation of system, processors, memory and I/O",
                  "Example:\n  pwrmgtctl performance history --period 12h --oldest-first"},

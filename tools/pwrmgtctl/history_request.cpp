@@ -22,7 +22,7 @@ std::string Request::words() const {
     return "in the " + span_text(length_s) + " up to " + time_text(window->end_s, Zone::utc);
 }
 
-void add_request_options(CLI::App& command, SpanOptions& options) {
+void add_request_options(cli::Command command, SpanOptions& options) {
     options.entries = PWRMGT_MAX_PERIOD_ENTRIES;
     add_span_options(command, options, kWording);
 }

@@ -3,11 +3,11 @@
 // command line places.
 #pragma once
 
-#include <CLI/CLI.hpp>
 #include <cstdint>
 #include <optional>
 #include <string>
 
+#include "cli.h"
 #include "span_options.h"
 #include "vekdb_pwrmgt.h"
 
@@ -33,7 +33,7 @@ struct Request {
     [[nodiscard]] std::string words() const;
 };
 
-void add_request_options(CLI::App& command, SpanOptions& options);
+void add_request_options(cli::Command command, SpanOptions& options);
 
 // The request at this moment, or what is wrong with it in words.
 struct Resolved {

@@ -5,27 +5,26 @@
 
 namespace pwrmgt::pwrmgtctl {
 
-void add_csv_option(CLI::App& command, bool& csv) {
-    CLI::Option* option =
-        command.add_flag("--csv", csv, "Comma-separated values, a line per entry");
+void add_csv_option(cli::Command command, bool& csv) {
+    cli::Option option = command.add_flag("--csv", csv, "Comma-separated values, a line per entry");
     for (const char* other : {"--json", "--local", "--timing"}) {
-        if (CLI::Option* had = command.get_option_no_throw(other)) option->excludes(had);
+        if (command.has_option(other)) option.excludes(command.option(other));
     }
 }
 
-void add_local_option(CLI::App& command, bool& local) {
+void add_local_option(cli::Command command, bool& local) {
     command.add_flag("--local", local, "Local time instead of UTC")
-        ->excludes(command.get_option("--json"));
+        .excludes(command.option("--json"));
 }
 
-void add_layout_options(CLI::App& command, LayoutOptions& options) {
-    CLI::Option* json = command.get_option("--json");
+void add_layout_options(cli::Command command, LayoutOptions& options) {
+    cli::Option json = command.option("--json");
     add_local_option(command, options.local);
-    CLI::Option* oldest =
+    cli::Option oldest =
         command.add_flag("--oldest-first", options.oldest_first, "Oldest entry on top");
     add_csv_option(command, options.csv);
     add_plot_options(command, options.plot,
-                     {json, command.get_option("--csv"), command.get_option("--local"), oldest});
+                     {json, command.option("--csv"), command.option("--local"), oldest});
 }
 
 Outcome history_outcome(const History& history, const LayoutOptions& options) {

@@ -2,7 +2,6 @@
 // The options that say how a history is shown.
 #pragma once
 
-#include <CLI/CLI.hpp>
 #include <string>
 
 #include "command.h"
@@ -18,13 +17,13 @@ struct LayoutOptions : CommonOptions {
     PlotOptions plot;
 };
 
-void add_layout_options(CLI::App& command, LayoutOptions& options);
+void add_layout_options(cli::Command command, LayoutOptions& options);
 
 // --csv, in place of the other forms that the command has.
-void add_csv_option(CLI::App& command, bool& csv);
+void add_csv_option(cli::Command command, bool& csv);
 
 // --local, of text only.
-void add_local_option(CLI::App& command, bool& local);
+void add_local_option(cli::Command command, bool& local);
 
 // The history as table, JSON document, CSV or pictures, whichever was chosen.
 Outcome history_outcome(const History& history, const LayoutOptions& options);

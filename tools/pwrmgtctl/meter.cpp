@@ -85,7 +85,7 @@ Outcome show_slots(const CommonOptions& options) {
 
 }  // namespace
 
-void add_meter(CLI::App& meter, Action& chosen) {
+void add_meter(cli::Command meter, Action& chosen) {
     add_command(meter, chosen,
                 {"read", "The raw block of the power meter, the firmware's layout",
                  "Examples:\n"
@@ -93,7 +93,7 @@ void add_meter(CLI::App& meter, Action& chosen) {
                  "  pwrmgtctl meter read --json | jq -r .block_hex"},
                 std::make_shared<CommonOptions>(), show_block);
     const auto options = std::make_shared<CommonOptions>();
-    CLI::App& slots = add_command(
+    cli::Command slots = add_command(
         meter, chosen,
         {"slots", "What the slot devices draw now", "Example:\n  pwrmgtctl meter slots --watch 5"},
         options, show_slots);

@@ -183,16 +183,16 @@ Outcome show(const Options& options) {
 
 }  // namespace
 
-void add_metrics(CLI::App& app, Action& chosen) {
-    CLI::App* command =
-        app.add_subcommand("metrics", "The present state as OpenMetrics text, from the tables");
+void add_metrics(cli::Command app, Action& chosen) {
+    cli::Command command =
+        app.add_command("metrics", "The present state as OpenMetrics text, from the tables");
     const auto options = std::make_shared<Options>();
     command
-        ->add_option("--output", options->output,
-                     "Write the file in one step instead of standard output")
-        ->type_name("FILE");
-    command->callback([&chosen, options] { chosen = [options] { return show(*options); }; });
-    command->footer(
+        .add_option("--output", options->output,
+                    "Write the file in one step instead of standard output")
+        .type_name("FILE");
+    command.when_parsed([&chosen, options] { chosen = [options] { return show(*options); }; });
+    command.footer(
         "Exit codes: 0 written, a source without readings included; 1 a source could not be\n"
         "read (the others are written all the same), or the text could not be written.\n"
         "\n"

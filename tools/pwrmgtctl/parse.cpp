@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // Puts the commands together, parses, and turns every end of parsing into an action.
+#include <CLI/CLI.hpp>
 #include <sstream>
 #include <string>
 #include <utility>
@@ -74,56 +75,59 @@ public:
     }
 };
 
-CLI::App& add_family(CLI::App& app, const char* noun, const char* description) {
+cli::Command add_family(CLI::App& app, const char* noun, const char* description) {
     CLI::App* family = app.add_subcommand(noun, description);
     family->require_subcommand(1);
-    return *family;
+    return cli::Command(family);
 }
 
 // Not in the help: what a package is made with.
 void add_completion(CLI::App& app, Action& chosen) {
     CLI::App* family = app.add_subcommand("completion", "Completion of shells");
     family->group("")->require_subcommand(1);
-    family->add_subcommand("bash", "The script for bash")->callback([&app, &chosen] {
-        chosen = [text = bash_completion(completion_tree(app))] { return succeed(text); };
+    family->add_subcommand("bash", "The script for bash")->callback([&chosen] {
+        chosen = [] { return succeed(bash_completion(completion_tree())); };
     });
 }
 
 }  // namespace
 
 void add_commands(CLI::App& app, Action& chosen) {
-    CLI::App& power = add_family(app, "power", "Power of the system, the processors, the memory");
+    const cli::Command power =
+        add_family(app, "power", "Power of the system, the processors, the memory");
     add_power_history(power, chosen);
     add_power_summary(power, chosen);
     add_power_realtime(power, chosen);
     add_power_available(power, chosen);
-    CLI::App& performance = add_family(app, "performance", "Utilisation");
+    const cli::Command performance = add_family(app, "performance", "Utilisation");
     add_performance(performance, chosen);
-    CLI::App& cpu = add_family(app, "cpu", "Power of single processors");
+    const cli::Command cpu = add_family(app, "cpu", "Power of single processors");
     add_cpu(cpu, chosen);
-    CLI::App& psu = add_family(app, "psu", "The supplies");
+    const cli::Command psu = add_family(app, "psu", "The supplies");
     add_psu(psu, chosen);
     add_psu_history(psu, chosen);
     add_psu_summary(psu, chosen);
-    CLI::App& thermal = add_family(app, "thermal", "Temperatures");
+    const cli::Command thermal = add_family(app, "thermal", "Temperatures");
     add_thermal(thermal, chosen);
-    CLI::App& capping = add_family(app, "capping", "The power cap");
+    const cli::Command capping = add_family(app, "capping", "The power cap");
     add_capping(capping, chosen);
     add_capping_ranges(capping, chosen);
-    CLI::App& gpu = add_family(app, "gpu", "Caps and power of GPUs");
+    const cli::Command gpu = add_family(app, "gpu", "Caps and power of GPUs");
     add_gpu(gpu, chosen);
-    CLI::App& redundancy = add_family(app, "redundancy", "The redundancy mode of the supplies");
+    const cli::Command redundancy =
+        add_family(app, "redundancy", "The redundancy mode of the supplies");
     add_redundancy(redundancy, chosen);
-    CLI::App& policy = add_family(app, "policy", "The power policy");
+    const cli::Command policy = add_family(app, "policy", "The power policy");
     add_policy(policy, chosen);
-    CLI::App& settings = add_family(app, "settings", "Single values of policy and firmware");
+    const cli::Command settings =
+        add_family(app, "settings", "Single values of policy and firmware");
     add_settings(settings, chosen);
-    CLI::App& meter = add_family(app, "meter", "The firmware's power meter");
+    const cli::Command meter = add_family(app, "meter", "The firmware's power meter");
     add_meter(meter, chosen);
-    CLI::App& store = add_family(app, "store", "The firmware's data store");
+    const cli::Command store = add_family(app, "store", "The firmware's data store");
     add_store(store, chosen);
-    add_check(app, chosen);
-    add_metrics(app, chosen);
+    add_check(cli::Command(&app), chosen);
+    add_metrics(cli::Command(&app), chosen);
     add_completion(app, chosen);
 }
 

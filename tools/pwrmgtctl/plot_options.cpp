@@ -66,16 +66,15 @@ Outcome to_screen(const Plot& plot, const PlotText& text) {
 
 }  // namespace
 
-void add_plot_options(CLI::App& command, PlotOptions& options,
-                      const std::vector<CLI::Option*>& others) {
-    CLI::Option* screen =
-        command.add_flag("--plot", options.screen, "Draw it on the screen instead of a table");
-    CLI::Option* svg = command.add_option("--svg", options.svg, "Draw it into an SVG file");
-    CLI::Option* png = command.add_option("--png", options.png, "Draw it into a PNG file");
-    for (CLI::Option* option : {screen, svg, png}) {
-        if (option != screen) option->type_name("FILE");
-        for (CLI::Option* other : others) {
-            option->excludes(other);
+void add_plot_options(cli::Command command, PlotOptions& options,
+                      const std::vector<cli::Option>& others) {
+    const std::vector<cli::Option> pictures{
+        command.add_flag("--plot", options.screen, "Draw it on the screen instead of a table"),
+        command.add_option("--svg", options.svg, "Draw it into an SVG file").type_name("FILE"),
+        command.add_option("--png", options.png, "Draw it into a PNG file").type_name("FILE")};
+    for (cli::Option picture : pictures) {
+        for (const cli::Option& other : others) {
+            picture.excludes(other);
         }
     }
 }

@@ -2,7 +2,6 @@
 // The options that ask for pictures, and the pictures themselves.
 #pragma once
 
-#include <CLI/CLI.hpp>
 #include <string>
 #include <vector>
 
@@ -20,8 +19,8 @@ struct PlotOptions {
 };
 
 // Each of them excludes `others`: what is shown otherwise, and what has no place in a picture.
-void add_plot_options(CLI::App& command, PlotOptions& options,
-                      const std::vector<CLI::Option*>& others);
+void add_plot_options(cli::Command command, PlotOptions& options,
+                      const std::vector<cli::Option>& others);
 
 // What stands above and below a picture on the screen.
 struct PlotText {

@@ -160,38 +160,38 @@ Outcome change(const SetOptions& options) {
 
 }  // namespace
 
-void add_policy(CLI::App& policy, Action& chosen) {
+void add_policy(cli::Command policy, Action& chosen) {
     const auto get = std::make_shared<GetOptions>();
-    CLI::App& shown = add_command(policy, chosen,
-                                  {"get", "The power policy: redundancy and capping",
-                                   "Examples:\n"
-                                   "  pwrmgtctl policy get\n"
-                                   "  pwrmgtctl policy get --live --json | jq .capping.cap_w"},
-                                  get, show);
-    CLI::Option* widened = shown.add_flag(
-        "--widened", get->widened, "Limits with the unstress powers added, where both count");
+    cli::Command shown = add_command(policy, chosen,
+                                     {"get", "The power policy: redundancy and capping",
+                                      "Examples:\n"
+                                      "  pwrmgtctl policy get\n"
+                                      "  pwrmgtctl policy get --live --json | jq .capping.cap_w"},
+                                     get, show);
+    cli::Option widened = shown.add_flag("--widened", get->widened,
+                                         "Limits with the unstress powers added, where both count");
     shown.add_flag("--live", get->live, "The firmware's cap in place of the stored one, too")
-        ->excludes(widened);
+        .excludes(widened);
 
     const auto set = std::make_shared<SetOptions>();
-    CLI::App& changed = add_command(policy, chosen,
-                                    {"set", "Change the stored policy",
-                                     "Examples:\n"
-                                     "  pwrmgtctl policy set --ac-min 200 --ac-max 900\n"
-                                     "  pwrmgtctl policy set --dc-soft none"},
-                                    set, change);
+    cli::Command changed = add_command(policy, chosen,
+                                       {"set", "Change the stored policy",
+                                        "Examples:\n"
+                                        "  pwrmgtctl policy set --ac-min 200 --ac-max 900\n"
+                                        "  pwrmgtctl policy set --dc-soft none"},
+                                       set, change);
     for (size_t at = 0; at < kLimits.size(); ++at) {
         changed
             .add_option(kLimits[at].option, set->limits[at],
                         std::string(kLimits[at].help) + ", 0 to 65534 watts, or none")
-            ->check(watts_or({"none"}))
-            ->type_name("W");
+            .check(cli::watts_or({"none"}))
+            .type_name("W");
     }
     changed
         .add_option("--blade", set->blade,
                     "no, yes, or unmanaged: no power management is offered here")
-        ->check(one_of({"no", "yes", "unmanaged"}))
-        ->type_name("KIND");
+        .check(cli::one_of({"no", "yes", "unmanaged"}))
+        .type_name("KIND");
 }
 
 }  // namespace pwrmgt::pwrmgtctl

@@ -145,9 +145,9 @@ Outcome show_voltage(const Options& options) {
 
 }  // namespace
 
-void add_psu(CLI::App& psu, Action& chosen) {
+void add_psu(cli::Command psu, Action& chosen) {
     const auto options = std::make_shared<Options>();
-    CLI::App& list =
+    cli::Command list =
         add_command(psu, chosen,
                     {"list", "All twelve bays",
                      "Examples:\n"
@@ -161,9 +161,9 @@ void add_psu(CLI::App& psu, Action& chosen) {
                 {"voltage", "Input voltage of one supply", "Example:\n  pwrmgtctl psu voltage 1"},
                 one, show_voltage)
         .add_option("N", one->bay, "Bay number, 1 to 12")
-        ->required()
-        ->check(whole_number(1, PWRMGT_MAX_PSU))
-        ->type_name(" ");
+        .required()
+        .check(cli::whole_number(1, PWRMGT_MAX_PSU))
+        .type_name(" ");
 }
 
 }  // namespace pwrmgt::pwrmgtctl

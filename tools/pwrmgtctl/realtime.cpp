@@ -98,15 +98,16 @@ Outcome show(const Options& options) {
 
 }  // namespace
 
-void add_power_realtime(CLI::App& power, Action& chosen) {
+void add_power_realtime(cli::Command power, Action& chosen) {
     const auto options = std::make_shared<Options>();
-    CLI::App& command = add_command(power, chosen,
-                                    {"realtime", "The latest reading, with its age",
-                                     "Examples:\n"
-                                     "  pwrmgtctl power realtime\n"
-                                     "  pwrmgtctl power realtime --watch 5\n"
-                                     "  pwrmgtctl power realtime --live --json | jq .system.dc_w"},
-                                    options, show);
+    cli::Command command =
+        add_command(power, chosen,
+                    {"realtime", "The latest reading, with its age",
+                     "Examples:\n"
+                     "  pwrmgtctl power realtime\n"
+                     "  pwrmgtctl power realtime --watch 5\n"
+                     "  pwrmgtctl power realtime --live --json | jq .system.dc_w"},
+                    options, show);
     command.add_flag("--live", options->live, "Ask the firmware instead of reading the stored row");
     add_local_option(command, options->local);
     let_watch(command, chosen, options, show);

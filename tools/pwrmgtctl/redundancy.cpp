@@ -84,7 +84,7 @@ Outcome choose(const Options& options) {
 
 }  // namespace
 
-void add_redundancy(CLI::App& redundancy, Action& chosen) {
+void add_redundancy(cli::Command redundancy, Action& chosen) {
     add_command(
         redundancy, chosen,
         {"get", "The stored mode", "Example:\n  pwrmgtctl redundancy get --json | jq .mode"},
@@ -95,9 +95,9 @@ void add_redundancy(CLI::App& redundancy, Action& chosen) {
         "Modes:\n" + redundancy_modes_help() + "\nExample:\n  pwrmgtctl redundancy set 1";
     add_command(redundancy, chosen, {"set", "Store a mode", examples.c_str()}, mode, store)
         .add_option("MODE", mode->value, "0 to 4, see below")
-        ->required()
-        ->check(one_of({"0", "1", "2", "3", "4"}))
-        ->type_name(" ");
+        .required()
+        .check(cli::one_of({"0", "1", "2", "3", "4"}))
+        .type_name(" ");
 
     const auto config = std::make_shared<Options>();
     add_command(redundancy, chosen,
@@ -105,9 +105,9 @@ void add_redundancy(CLI::App& redundancy, Action& chosen) {
                  "Example:\n  pwrmgtctl redundancy auto 2"},
                 config, choose)
         .add_option("HWCONFIG", config->value, "Hardware-configuration code, 1 to 3")
-        ->required()
-        ->check(one_of({"1", "2", "3"}))
-        ->type_name(" ");
+        .required()
+        .check(cli::one_of({"1", "2", "3"}))
+        .type_name(" ");
 }
 
 }  // namespace pwrmgt::pwrmgtctl

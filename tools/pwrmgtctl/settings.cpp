@@ -189,7 +189,7 @@ Outcome change(const Options& options) {
 
 }  // namespace
 
-void add_settings(CLI::App& settings, Action& chosen) {
+void add_settings(cli::Command settings, Action& chosen) {
     const auto get = std::make_shared<Options>();
     add_command(settings, chosen,
                 {"get", "Maximizer, unstress powers, zero-output mode, caps of processors",
@@ -198,11 +198,12 @@ void add_settings(CLI::App& settings, Action& chosen) {
                  "  pwrmgtctl settings get zero-output --json"},
                 get, show)
         .add_option("NAME", get->name, "One of them; all when left out")
-        ->check(one_of({"maximizer", "unstress-adapter", "unstress-disk", "zero-output", kCaps}))
-        ->type_name(" ");
+        .check(
+            cli::one_of({"maximizer", "unstress-adapter", "unstress-disk", "zero-output", kCaps}))
+        .type_name(" ");
 
     const auto set = std::make_shared<Options>();
-    CLI::App& changed =
+    cli::Command changed =
         add_command(settings, chosen,
                     {"set", "Set one of them and read it back",
                      "Settings:\n"
@@ -214,13 +215,13 @@ void add_settings(CLI::App& settings, Action& chosen) {
                      "Example:\n  pwrmgtctl settings set unstress-adapter 75"},
                     set, change);
     changed.add_option("NAME", set->name, "Which setting, see below")
-        ->required()
-        ->check(one_of({"maximizer", "unstress-adapter", "unstress-disk", "zero-output"}))
-        ->type_name(" ");
+        .required()
+        .check(cli::one_of({"maximizer", "unstress-adapter", "unstress-disk", "zero-output"}))
+        .type_name(" ");
     changed.add_option("VALUE", set->value, "Its value")
-        ->required()
-        ->check(whole_number(0, 65534))
-        ->type_name(" ");
+        .required()
+        .check(cli::whole_number(0, 65534))
+        .type_name(" ");
 }
 
 }  // namespace pwrmgt::pwrmgtctl

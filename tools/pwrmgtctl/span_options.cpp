@@ -26,33 +26,33 @@ const Period& period_named(std::string_view name) {
     return found == kPeriods.end() ? kPeriods.front() : *found;
 }
 
-void add_span_options(CLI::App& command, SpanOptions& options, const SpanWording& wording) {
-    CLI::Option* period =
+void add_span_options(cli::Command command, SpanOptions& options, const SpanWording& wording) {
+    cli::Option period =
         command.add_option("--period", options.period, "How far back: 1h, 6h, 12h or 24h")
-            ->check(one_of({"1h", "6h", "12h", "24h"}))
-            ->type_name("PERIOD")
-            ->capture_default_str();
-    CLI::Option* entries = command.add_option("--entries", options.entries, wording.entries_help)
-                               ->check(whole_number(1, wording.most_entries))
-                               ->type_name("N")
-                               ->capture_default_str();
-    CLI::Option* minutes = command
-                               .add_option("--minutes", options.minutes,
-                                           "A window of N minutes, 1 to 1440, instead of a period")
-                               ->check(whole_number(1, kMaxMinutes))
-                               ->type_name("N")
-                               ->excludes(period)
-                               ->excludes(entries);
+            .check(cli::one_of({"1h", "6h", "12h", "24h"}))
+            .type_name("PERIOD")
+            .show_default();
+    cli::Option entries = command.add_option("--entries", options.entries, wording.entries_help)
+                              .check(cli::whole_number(1, wording.most_entries))
+                              .type_name("N")
+                              .show_default();
+    cli::Option minutes = command
+                              .add_option("--minutes", options.minutes,
+                                          "A window of N minutes, 1 to 1440, instead of a period")
+                              .check(cli::whole_number(1, kMaxMinutes))
+                              .type_name("N")
+                              .excludes(period)
+                              .excludes(entries);
     command.add_option("--end", options.end, std::string("End of the window: ") + kTimeForms)
-        ->check(time_argument())
-        ->type_name("TIME")
-        ->capture_default_str()
-        ->needs(minutes);
+        .check(time_argument())
+        .type_name("TIME")
+        .show_default()
+        .needs(minutes);
     command.add_option(wording.per_entry_name, options.per_entry, wording.per_entry_help)
-        ->check(whole_number(1, wording.most_per_entry))
-        ->type_name("N")
-        ->capture_default_str()
-        ->needs(minutes);
+        .check(cli::whole_number(1, wording.most_per_entry))
+        .type_name("N")
+        .show_default()
+        .needs(minutes);
 }
 
 }  // namespace pwrmgt::pwrmgtctl

@@ -2,10 +2,11 @@
 // The options that place a history in time: a past period by its name, or a window of minutes.
 #pragma once
 
-#include <CLI/CLI.hpp>
 #include <cstdint>
 #include <string>
 #include <string_view>
+
+#include "cli.h"
 
 namespace pwrmgt::pwrmgtctl {
 
@@ -28,7 +29,7 @@ struct SpanWording {
     int32_t most_per_entry;
 };
 
-void add_span_options(CLI::App& command, SpanOptions& options, const SpanWording& wording);
+void add_span_options(cli::Command command, SpanOptions& options, const SpanWording& wording);
 
 struct Period {
     std::string_view name;

@@ -74,9 +74,9 @@ Outcome show(const Options& options) {
 
 }  // namespace
 
-void add_store(CLI::App& store, Action& chosen) {
+void add_store(cli::Command store, Action& chosen) {
     const auto options = std::make_shared<Options>();
-    CLI::App& read =
+    cli::Command read =
         add_command(store, chosen,
                     {"read", "The first 200 bytes of a file in the firmware's data store",
                      "The bytes go to standard output as they are, unless told otherwise.\n"
@@ -87,14 +87,14 @@ void add_store(CLI::App& store, Action& chosen) {
                      "  pwrmgtctl store read sel.bin --output sel.bin"},
                     options, show);
     read.add_option("NAME", options->name, "File name, 1 to 112 characters")
-        ->required()
-        ->check(text_up_to(PWRMGT_MAX_STORE_NAME))
-        ->type_name(" ");
-    CLI::Option* hex = read.add_flag("--hex", options->hex, "A dump for people")
-                           ->excludes(read.get_option("--json"));
+        .required()
+        .check(cli::text_up_to(PWRMGT_MAX_STORE_NAME))
+        .type_name(" ");
+    cli::Option hex =
+        read.add_flag("--hex", options->hex, "A dump for people").excludes(read.option("--json"));
     read.add_option("--output", options->output, "Write the bytes to this file")
-        ->type_name("FILE")
-        ->excludes(hex);
+        .type_name("FILE")
+        .excludes(hex);
 }
 
 }  // namespace pwrmgt::pwrmgtctl

@@ -103,20 +103,20 @@ Outcome show(const Options& options) {
     return succeed(document_of(options, answer, entry));
 }
 
-CLI::App& add_summary(CLI::App& family, Action& chosen, const CommandText& text,
-                      const std::shared_ptr<Options>& options) {
-    CLI::App& command = add_command(family, chosen, text, options, show);
+cli::Command add_summary(cli::Command family, Action& chosen, const CommandText& text,
+                         const std::shared_ptr<Options>& options) {
+    cli::Command command = add_command(family, chosen, text, options, show);
     command.add_option("--minutes", options->minutes, "How far back, 1 to 1440")
-        ->check(whole_number(1, kMaxMinutes))
-        ->type_name("N")
-        ->required();
+        .check(cli::whole_number(1, kMaxMinutes))
+        .type_name("N")
+        .required();
     add_local_option(command, options->local);
     return command;
 }
 
 }  // namespace
 
-void add_power_summary(CLI::App& power, Action& chosen) {
+void add_power_summary(cli::Command power, Action& chosen) {
     const auto options = std::make_shared<Options>();
     add_summary(power, chosen,
                 {"summary", "Power over the last minutes as one entry",
@@ -125,21 +125,21 @@ void add_power_summary(CLI::App& power, Action& chosen) {
                  "  pwrmgtctl power summary --domain cpu --minutes 15 --json"},
                 options)
         .add_option("--domain", options->domain, "What to show: system, cpu or memory")
-        ->check(one_of({"system", "cpu", "memory"}))
-        ->type_name("DOMAIN")
-        ->capture_default_str();
+        .check(cli::one_of({"system", "cpu", "memory"}))
+        .type_name("DOMAIN")
+        .show_default();
 }
 
-void add_psu_summary(CLI::App& psu, Action& chosen) {
+void add_psu_summary(cli::Command psu, Action& chosen) {
     const auto options = std::make_shared<Options>();
     add_summary(psu, chosen,
                 {"summary", "Power of one supply over the last minutes as one entry",
                  "Example:\n  pwrmgtctl psu summary 2 --minutes 15"},
                 options)
         .add_option("N", options->psu, "Bay number, 1 to 12")
-        ->required()
-        ->check(whole_number(1, PWRMGT_MAX_PSU))
-        ->type_name(" ");
+        .required()
+        .check(cli::whole_number(1, PWRMGT_MAX_PSU))
+        .type_name(" ");
 }
 
 }  // namespace pwrmgt::pwrmgtctl

@@ -155,28 +155,27 @@ Outcome show_realtime(const LatestOptions& options) {
         age);
 }
 
-void add_history_options(CLI::App& command, Options& options) {
+void add_history_options(cli::Command command, Options& options) {
     options.span.entries = kIndexesOfAnHour;
     add_span_options(command, options.span, kWording);
     add_local_option(command, options.local);
     add_csv_option(command, options.csv);
     add_plot_options(
         command, options.plot,
-        {command.get_option("--json"), command.get_option("--csv"), command.get_option("--local")});
+        {command.option("--json"), command.option("--csv"), command.option("--local")});
     command
         .add_option("--sensor", options.sensors,
                     "A sensor to draw, such as cpu2 or exhaust1; may be repeated")
-        ->check(one_of(sensor_names()))
-        ->type_name("SENSOR")
-        ->expected(1)
-        ->take_all();
+        .check(cli::one_of(sensor_names()))
+        .type_name("SENSOR")
+        .may_be_repeated();
 }
 
 }  // namespace
 
-void add_thermal(CLI::App& thermal, Action& chosen) {
+void add_thermal(cli::Command thermal, Action& chosen) {
     const auto past = std::make_shared<Options>();
-    CLI::App& history = add_command(
+    cli::Command history = add_command(
         thermal, chosen,
         {"history", "Temperatures of a past period or window",
          "Examples:\n"
@@ -187,7 +186,7 @@ void add_thermal(CLI::App& thermal, Action& chosen) {
     add_history_options(history, *past);
 
     const auto latest = std::make_shared<LatestOptions>();
-    CLI::App& realtime = add_command(
+    cli::Command realtime = add_command(
         thermal, chosen,
         {"realtime", "The latest temperatures",
          "Examples:\n"

@@ -38,12 +38,11 @@ std::optional<int32_t> parse_time(const std::string& text, int64_t now_s) {
     return static_cast<int32_t>(*seconds);
 }
 
-CLI::Validator time_argument() {
-    return {[](const std::string& text) {
-                return parse_time(text, 0) ? std::string()
-                                           : "'" + text + "' is no time; give " + kTimeForms;
-            },
-            ""};
+cli::Check time_argument() {
+    return cli::Check([](const std::string& text) {
+        return parse_time(text, 0) ? std::string()
+                                   : "'" + text + "' is no time; give " + kTimeForms;
+    });
 }
 
 }  // namespace pwrmgt::pwrmgtctl

@@ -2,10 +2,11 @@
 // A point in time as the command line takes it.
 #pragma once
 
-#include <CLI/CLI.hpp>
 #include <cstdint>
 #include <optional>
 #include <string>
+
+#include "cli.h"
 
 namespace pwrmgt::pwrmgtctl {
 
@@ -15,7 +16,7 @@ namespace pwrmgt::pwrmgtctl {
 std::optional<int32_t> parse_time(const std::string& text, int64_t now_s);
 
 // Refuses on the command line what parse_time() does not take.
-CLI::Validator time_argument();
+cli::Check time_argument();
 
 // The part of a window option's help that says how a TIME is written.
 inline constexpr const char* kTimeForms = "now, seconds since 1970, or 2026-11-20T20:25:00Z";

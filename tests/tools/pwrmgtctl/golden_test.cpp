@@ -45,13 +45,6 @@ void expect_as_kept(const std::string& name, const std::string& output) {
     EXPECT_EQ(output, read(path)) << "PWRMGTCTL_UPDATE_GOLDEN=1 writes " << path;
 }
 
-std::vector<pwrmgtctl::CompletionCommand> tree() {
-    CLI::App app;
-    pwrmgtctl::Action chosen;
-    pwrmgtctl::add_commands(app, chosen);
-    return pwrmgtctl::completion_tree(app);
-}
-
 std::vector<std::string> words_of(const std::string& path) {
     std::istringstream stream(path);
     std::vector<std::string> words;
@@ -101,7 +94,7 @@ class GoldenHelp : public ToolTest {};
 
 TEST_F(GoldenHelp, OfEveryCommandIsAsKept) {
     expect_as_kept("help.txt", tool({"--help"}).out);
-    for (const pwrmgtctl::CompletionCommand& command : tree()) {
+    for (const pwrmgtctl::CompletionCommand& command : pwrmgtctl::completion_tree()) {
         std::vector<std::string> arguments = words_of(command.path);
         arguments.emplace_back("--help");
 
@@ -122,7 +115,7 @@ TEST(GoldenCommands, NoCommandIsLeftOut) {
     }
     seen.insert("metrics");  // compared in its own tests
 
-    for (const pwrmgtctl::CompletionCommand& command : tree()) {
+    for (const pwrmgtctl::CompletionCommand& command : pwrmgtctl::completion_tree()) {
         EXPECT_EQ(seen.count(command.path), 1U) << command.path;
     }
 }
@@ -133,7 +126,7 @@ TEST(GoldenCommands, NoKeptFileIsWithoutACommand) {
         names.insert(command.name + ".txt");
         if (command.csv) names.insert(command.name + ".csv");
     }
-    for (const pwrmgtctl::CompletionCommand& command : tree()) {
+    for (const pwrmgtctl::CompletionCommand& command : pwrmgtctl::completion_tree()) {
         names.insert("help-" + replaced(command.path, " ", "-") + ".txt");
     }
 
