@@ -118,9 +118,27 @@ def flow_breaches(root):
 LIBRARY_PATHS = ("-isystem", "/usr/include/mariadb", "-isystem", "/usr/include/mysql")
 
 
+# Whose sources the build compiles, one by one.
+BUILT = ("src", "platform/host", "trace", "tools")
+
+
+def shown_by_the_build(root, header, known):
+    """The source of the same name includes the header first, and nothing is precompiled there: no need to do it again."""
+    source = header.with_suffix(".cpp")
+    if source.as_posix() not in known or not any(below(header.as_posix(), top) for top in BUILT):
+        return False
+    rules = [root / directory / "CMakeLists.txt" for directory in header.parents]
+    if any("target_precompile_headers" in file.read_text(encoding="utf-8") for file in rules if file.is_file()):
+        return False
+    first = INCLUDE.search(check_common.read(root, source))
+    return first is not None and first[1] == '"' and resolve(source, first[2], known) == header.as_posix()
+
+
 def compile_breaches(root, compiler):
     """A header that needs another one included before it does not compile alone."""
-    headers = [file for file in check_common.sources(root, *TOPS) if file.suffix == ".h"]
+    files = check_common.sources(root, *TOPS)
+    known = {file.as_posix() for file in files}
+    headers = [file for file in files if file.suffix == ".h" and not shown_by_the_build(root, file, known)]
 
     def compile_one(header):
         paths = [f"-I{root / directory}" for directory in search_path(header)[1:]]

@@ -1,5 +1,7 @@
 # SPDX-License-Identifier: Apache-2.0
 """check_includes.py on trees made to break each of its rules."""
+import os
+
 import check_common
 import check_includes
 
@@ -111,3 +113,21 @@ class CompileAlone(check_common.TreeCase):
         self.assertEqual(looked_at, 2)
         self.assertEqual(len(breaches), 1)
         self.assert_breach(breaches, "include/pub.h: does not compile alone", "uint32_t")
+
+    def looked_at(self, header, source, rules="add_library(db good.cpp)\n"):
+        self.write(header, "#pragma once\n")
+        self.write(header[:-1] + "cpp", source)
+        self.write(os.path.dirname(header) + "/CMakeLists.txt", rules)
+        return check_includes.compile_breaches(self.root, "c++")[0]
+
+    def test_a_header_that_its_own_source_includes_first_is_left_to_the_build(self):
+        self.assertEqual(self.looked_at("src/db/good.h", '// Good.\n#include "good.h"\n\n#include <string>\n'), 0)
+
+    def test_a_header_that_comes_second_is_compiled(self):
+        self.assertEqual(self.looked_at("src/db/good.h", '#include <string>\n\n#include "good.h"\n'), 1)
+
+    def test_a_header_behind_precompiled_ones_is_compiled(self):
+        self.assertEqual(self.looked_at("tools/good.h", '#include "good.h"\n', "target_precompile_headers(good)\n"), 1)
+
+    def test_a_header_that_no_build_has_to_compile_is_compiled(self):
+        self.assertEqual(self.looked_at("bench/good.h", '#include "good.h"\n'), 1)
