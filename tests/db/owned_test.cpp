@@ -7,6 +7,7 @@
 #include <type_traits>
 #include <vector>
 
+namespace owned_tests {
 namespace {
 
 std::vector<uint32_t> g_released;
@@ -113,3 +114,5 @@ TEST_F(Owned, OwnersCannotBeCopied) {
     EXPECT_FALSE(std::is_copy_assignable_v<Handle>);
     EXPECT_FALSE(std::is_move_assignable_v<Handle>);
 }
+
+}  // namespace owned_tests

@@ -6,6 +6,8 @@
 
 using namespace pwrmgt::test;
 
+namespace prune_tests {
+
 class Prune : public PlatformTest {};
 
 TEST_F(Prune, RowStampedNowIsTrimmed) {
@@ -40,3 +42,5 @@ TEST_F(Prune, DayHasPassedOnlyAfterItsLastSecond) {
     EXPECT_FALSE(pwrmgt::db::day_has_passed(86400));
     EXPECT_TRUE(pwrmgt::db::day_has_passed(86401));
 }
+
+}  // namespace prune_tests

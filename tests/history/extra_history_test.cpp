@@ -5,6 +5,7 @@
 
 using namespace pwrmgt::test;
 
+namespace extra_history_tests {
 namespace {
 
 constexpr int32_t kNow = 1'700'000'000;
@@ -289,3 +290,5 @@ TEST_F(ExtraHistory, ExceptionOfAnyCallPassesThroughWithEveryHandleBack) {
     EXPECT_EQ(sweep_exceptions(nothing_scripted, clean_up), 2U);
     EXPECT_EQ(sweep_exceptions(nothing_scripted, save), 1U);
 }
+
+}  // namespace extra_history_tests

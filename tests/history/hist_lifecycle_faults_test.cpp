@@ -6,6 +6,7 @@
 
 using namespace pwrmgt::test;
 
+namespace hist_lifecycle_faults_tests {
 namespace {
 
 constexpr int32_t kNow = 1'700'000'000;
@@ -85,3 +86,5 @@ TEST_F(HistLifecycleFaults, ExceptionOfAnyCallPassesThroughWithEveryHandleBack) 
     EXPECT_EQ(sweep_exceptions(nothing_stored, clean_up), 2U);
     EXPECT_EQ(sweep_exceptions(one_row_stored, save), 4U);
 }
+
+}  // namespace hist_lifecycle_faults_tests

@@ -5,6 +5,7 @@
 
 using namespace pwrmgt::test;
 
+namespace hist_lifecycle_tests {
 namespace {
 
 constexpr int32_t kNow = 1'700'000'000;
@@ -263,3 +264,5 @@ TEST_F(HistLifecycle, SaveDoesNotTestItsConnection) {
 
     EXPECT_EQ(platform().count("raw"), 2U);
 }
+
+}  // namespace hist_lifecycle_tests

@@ -5,6 +5,7 @@
 
 using namespace pwrmgt::test;
 
+namespace hist_row_tests {
 namespace {
 
 constexpr pwrmgt_hist_sample_t kSample{
@@ -230,3 +231,5 @@ TEST_F(HistRow, ExceptionOfAnyCallPassesThroughWithEveryHandleBack) {
 
     EXPECT_EQ(sweep_exceptions(nothing_scripted, update), 31U);
 }
+
+}  // namespace hist_row_tests

@@ -5,6 +5,7 @@
 
 using namespace pwrmgt::test;
 
+namespace realtime_row_tests {
 namespace {
 
 constexpr pwrmgt_realtime_pwr_t kReading{901, 902, 410, 380, 150, 60, 55, 44, 33, 22};
@@ -157,3 +158,5 @@ TEST_F(RealtimeRow, ExceptionOfAnyCallPassesThroughWithEveryHandleBack) {
     EXPECT_EQ(sweep_exceptions(empty_table, update), 15U);
     EXPECT_EQ(sweep_exceptions(one_row_stored, update), 15U);
 }
+
+}  // namespace realtime_row_tests

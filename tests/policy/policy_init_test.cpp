@@ -5,6 +5,7 @@
 
 using namespace pwrmgt::test;
 
+namespace policy_init_tests {
 namespace {
 
 constexpr pwrmgt_power_policy_t kUntouched{77, 77, 77, 77, 77, 77, 77, 77, 77, 77, 77, 77};
@@ -198,3 +199,5 @@ TEST_F(PolicyInit, ExceptionOfAnyCallPassesThroughWithEveryHandleBack) {
     EXPECT_EQ(sweep_exceptions(empty_table, initialise), 20U);
     EXPECT_EQ(sweep_exceptions(row_stored, initialise), 18U);
 }
+
+}  // namespace policy_init_tests

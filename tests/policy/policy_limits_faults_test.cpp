@@ -5,6 +5,7 @@
 
 using namespace pwrmgt::test;
 
+namespace policy_limits_faults_tests {
 namespace {
 
 constexpr pwrmgt_power_policy_t kUntouched{77, 77, 77, 77, 77, 77, 77, 77, 77, 77, 77, 77};
@@ -89,3 +90,5 @@ TEST_F(PolicyLimitsFaults, ExceptionOfAnyCallPassesThroughWithEveryHandleBack) {
     EXPECT_EQ(sweep_exceptions(row_and_cap, [&] { return kReaders[0](&policy); }), 18U);
     EXPECT_EQ(sweep_exceptions(row_and_cap, [&] { return kReaders[1](&policy); }), 19U);
 }
+
+}  // namespace policy_limits_faults_tests

@@ -6,6 +6,7 @@
 
 using namespace pwrmgt::test;
 
+namespace policy_limits_tests {
 namespace {
 
 constexpr uint16_t kNotSet = 65535;
@@ -215,3 +216,5 @@ TEST_F(PolicyLimits, ExtraPowerReaderKeepsTheStoredCap) {
     EXPECT_EQ(policy.cap_value, 300);
     EXPECT_EQ(platform().count("ipmi"), 0U);
 }
+
+}  // namespace policy_limits_tests

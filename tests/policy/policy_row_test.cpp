@@ -5,6 +5,7 @@
 
 using namespace pwrmgt::test;
 
+namespace policy_row_tests {
 namespace {
 
 constexpr pwrmgt_power_policy_t kUntouched{77, 77, 77, 77, 77, 77, 77, 77, 77, 77, 77, 77};
@@ -175,3 +176,5 @@ TEST_F(PolicyRow, StoredBladeOf255LeavesTheFlagUnread) {
 
     EXPECT_EQ(g_power_policy_flag, 255);
 }
+
+}  // namespace policy_row_tests

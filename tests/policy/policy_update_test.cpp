@@ -5,6 +5,7 @@
 
 using namespace pwrmgt::test;
 
+namespace policy_update_tests {
 namespace {
 
 constexpr pwrmgt_power_policy_t kRecord{1, 4, 9, 1, 2, 300, 301, 302, 303, 304, 305, 306};
@@ -196,3 +197,5 @@ TEST_F(PolicyUpdate, EachFailingCallHasItsStatus) {
 TEST_F(PolicyUpdate, ExceptionOfAnyCallPassesThroughWithEveryHandleBack) {
     EXPECT_EQ(sweep_exceptions(one_row, update), 18U);
 }
+
+}  // namespace policy_update_tests

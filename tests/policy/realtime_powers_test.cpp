@@ -5,6 +5,7 @@
 
 using namespace pwrmgt::test;
 
+namespace realtime_powers_tests {
 namespace {
 
 constexpr pwrmgt_realtime_pwr_t kUntouched{77, 77, 77, 77, 77, 77, 77, 77, 77, 77};
@@ -140,3 +141,5 @@ TEST_F(RealtimePowers, FailureWhileThePolicyIsReadNeverStopsIt) {
 TEST_F(RealtimePowers, ExceptionOfTheTransportPassesThrough) {
     EXPECT_EQ(sweep_exceptions(answered, live_reading), 1U);
 }
+
+}  // namespace realtime_powers_tests

@@ -7,6 +7,7 @@
 
 using namespace pwrmgt::test;
 
+namespace realtime_readings_tests {
 namespace {
 
 const std::vector<uint8_t> kSlots{0x00, 0x04, 0x03, 0x02, 0x91, 0x01, 0x00, 0x02,
@@ -232,3 +233,5 @@ TEST_F(RealtimeReadings, FailingSendOfTheGpuIs31) {
     EXPECT_EQ(swept_statuses(script, act), (Outcomes{{31, 31, 0, 0, 0, 0}}));
     EXPECT_EQ(sweep_exceptions(script, act), 1U);
 }
+
+}  // namespace realtime_readings_tests

@@ -6,7 +6,6 @@ using namespace pwrmgt::test;
 
 namespace {
 
-const std::string kOpen = "open localhost root '' vek_pwr_db 0";
 const std::string kMaximQuery = "query PowerPolicy [MaximStatus] where null order null";
 
 // The unstress powers, which differ in their column alone.

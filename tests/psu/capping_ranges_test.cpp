@@ -6,7 +6,6 @@ using namespace pwrmgt::test;
 
 namespace {
 
-const char* const kOpen = "open localhost root '' vek_pwr_db 0";
 const char* const kSelect =
     "query PowerPolicy [CapSoftAc,CapMinAc,CapMaxAc,CapSoftDc,CapMinDc,CapMaxDc,"
     "UnstressAdapterPwr,UnstressHddPwr] where null order null";

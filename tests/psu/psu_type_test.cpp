@@ -4,6 +4,7 @@
 
 using namespace pwrmgt::test;
 
+namespace psu_type_tests {
 namespace {
 
 const Calls kTypeRead{"quoril", "byte /ac/tavn/power/psu_installed"};
@@ -159,3 +160,5 @@ TEST_F(PsuConfig, FailedReadAndExceptionLeaveTheCacheAlone) {
     EXPECT_EQ(sweep_exceptions(script, pwrmgt_get_psu_config_info), 1U);
     EXPECT_EQ(g_psu_config_info, 255);
 }
+
+}  // namespace psu_type_tests

@@ -9,7 +9,6 @@ using namespace pwrmgt::test;
 namespace {
 
 const Calls kModesRead{"byte /dc/tavn/dm/planar/0/psu/config_type"};
-const char* const kOpen = "open localhost root '' vek_pwr_db 0";
 
 void allow_modes(uint32_t mask) {
     platform().set_property(kAllowedModesKey, mask);

@@ -8,6 +8,7 @@
 
 using namespace pwrmgt::test;
 
+namespace two_domains_tests {
 namespace {
 
 struct Power {
@@ -289,3 +290,5 @@ TEST_F(TwoDomains, SuppliesThatCannotBeReadAreMinusOne) {
         EXPECT_EQ(sweep_exceptions(script, act), 2 * (19 + 3 + 8 * bays));
     }
 }
+
+}  // namespace two_domains_tests

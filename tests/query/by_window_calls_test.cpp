@@ -10,7 +10,6 @@ namespace {
 constexpr int32_t kEnd = 1'700'000'000;
 constexpr const char* kBayCount = "/dc/tavn/dm/planar/0/psu/maxcount";
 constexpr const char* kAskBayCount = "byte /dc/tavn/dm/planar/0/psu/maxcount";
-constexpr const char* kOpen = "open localhost root '' vek_pwr_db 0";
 
 }  // namespace
 

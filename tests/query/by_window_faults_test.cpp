@@ -6,6 +6,7 @@
 
 using namespace pwrmgt::test;
 
+namespace by_window_faults_tests {
 namespace {
 
 constexpr int32_t kEnd = 1'700'000'000;
@@ -120,3 +121,5 @@ TEST_F(ByWindowFaults, ExceptionOfAnyCallPassesThroughWithEveryHandleBack) {
 TEST_F(ByWindowFaults, ExceptionWhileThePolicyIsReadPassesThroughToo) {
     EXPECT_EQ(sweep_exceptions(policy_unread, ask_perf), 30U);
 }
+
+}  // namespace by_window_faults_tests

@@ -7,13 +7,13 @@
 
 using namespace pwrmgt::test;
 
+namespace by_window_tests {
 namespace {
 
 constexpr int32_t kEnd = 1'700'000'000;
 constexpr uint32_t kUntouchedCount = 77;
 constexpr const char* kBayCount = "/dc/tavn/dm/planar/0/psu/maxcount";
 constexpr const char* kAskBayCount = "byte /dc/tavn/dm/planar/0/psu/maxcount";
-constexpr const char* kOpen = "open localhost root '' vek_pwr_db 0";
 
 // One of the three queries, told apart only by what differs.
 struct Query {
@@ -290,3 +290,5 @@ TEST_F(ByWindow, RowCountIsNotAskedFor) {
         EXPECT_EQ(platform().count("row_count"), 0U);
     });
 }
+
+}  // namespace by_window_tests

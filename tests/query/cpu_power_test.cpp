@@ -8,7 +8,6 @@ using namespace pwrmgt::test;
 namespace {
 
 constexpr uint32_t kAll = 255;
-constexpr const char* kOpen = "open localhost root '' vek_pwr_db 0";
 
 using One = pwrmgt_hist_cpu_pwr_t;
 using Entire = pwrmgt_hist_entire_cpu_pwr_t;

@@ -5,6 +5,7 @@
 
 using namespace pwrmgt::test;
 
+namespace duration_summary_faults_tests {
 namespace {
 
 const Outcomes kLastStep{{8, 8, 0, 0}};
@@ -86,3 +87,5 @@ TEST_F(DurationSummaryFaults, ExceptionOfAnyCallPassesThroughWithEveryHandleBack
     EXPECT_EQ(sweep_exceptions(one_psu_row, ask_supply), 8U);
     EXPECT_EQ(sweep_exceptions(policy_unread, ask_supply), 27U);
 }
+
+}  // namespace duration_summary_faults_tests

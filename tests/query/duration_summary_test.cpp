@@ -5,9 +5,9 @@
 
 using namespace pwrmgt::test;
 
+namespace duration_summary_tests {
 namespace {
 
-constexpr const char* kOpen = "open localhost root '' vek_pwr_db 0";
 constexpr uint32_t kOneSupply = 3;
 
 uint32_t ask(uint32_t domain, int32_t minutes, pwrmgt_hist_pwr_sample_t* summary,
@@ -278,3 +278,5 @@ TEST_F(DurationSummary, FailingStepOfASupplyIs8AndLeavesTheSummary) {
 
     EXPECT_EQ(fields(summary), fields(untouched_power()));
 }
+
+}  // namespace duration_summary_tests

@@ -15,6 +15,9 @@
 
 namespace pwrmgt::test {
 
+// How the recorder tells the connection that the library opens for itself.
+inline const std::string kOpen = "open localhost root '' vek_pwr_db 0";
+
 using Calls = std::vector<std::string>;
 
 // Every test starts with a fresh platform and an unread policy, and must hand every handle back.

@@ -4,6 +4,7 @@
 
 using namespace pwrmgt::test;
 
+namespace thermal_faults_tests {
 namespace {
 
 constexpr uint32_t kEnd = 1'699'999'980;
@@ -159,3 +160,5 @@ TEST_F(BucketFaults, TimeThatCannotBeReadIsTheEpoch) {
 
     EXPECT_THAT(trace, testing::HasSubstr("record 0, 1, 1, 20, expected tm 600\n"));
 }
+
+}  // namespace thermal_faults_tests

@@ -4,6 +4,7 @@
 
 using namespace pwrmgt::test;
 
+namespace thermal_readings_tests {
 namespace {
 
 // A record of three entries, as callers lay it out.
@@ -142,3 +143,5 @@ TEST_F(ThermalReadings, NothingIsPrinted) {
 TEST_F(ThermalReadings, ExceptionOfAnyCallPassesThroughWithTheContentBack) {
     EXPECT_EQ(sweep_exceptions(nothing_stored, update_three), 16U);
 }
+
+}  // namespace thermal_readings_tests

@@ -4,6 +4,7 @@
 
 using namespace pwrmgt::test;
 
+namespace thermal_rows_tests {
 namespace {
 
 uint32_t initialise() {
@@ -198,3 +199,5 @@ TEST_F(ThermalRows, ExceptionOfAnyCallPassesThroughWithEveryHandleBack) {
     EXPECT_EQ(sweep_exceptions(one_row_stored, save), 4U);
     EXPECT_EQ(sweep_exceptions(nothing_stored, clean_up), 2U);
 }
+
+}  // namespace thermal_rows_tests

@@ -30,6 +30,10 @@ inline int raw(std::uint32_t db, std::string_view sql, std::uint32_t* result = n
     return vek_db_raw_query(db, sql.data(), static_cast<std::uint32_t>(sql.size()), result);
 }
 
+inline int add_policy_row(std::uint32_t db) {
+    return raw(db, "insert into PowerPolicy (_id) values (0)");
+}
+
 // Rows of a select as numbers; a cell without a value is -1.
 using Table = std::vector<std::vector<std::int64_t>>;
 

@@ -8,10 +8,6 @@ namespace {
 
 namespace fs = std::filesystem;
 
-int add_policy_row(std::uint32_t db) {
-    return raw(db, "insert into PowerPolicy (_id) values (0)");
-}
-
 std::size_t policy_rows(std::uint32_t db) {
     return select(db, "select _id from PowerPolicy", 1).size();
 }

@@ -21,10 +21,6 @@ std::string database_of(std::uint32_t db) {
     return std::to_string(select(db, "select _id from PowerPolicy", 1).size());
 }
 
-int add_policy_row(std::uint32_t db) {
-    return raw(db, "insert into PowerPolicy (_id) values (0)");
-}
-
 class Pool : public DatabaseTest {};
 
 TEST_F(Pool, ThousandOpensAndClosesKeepTheNumberOfDescriptors) {

@@ -9,6 +9,16 @@
 
 #include "ipmiraw.h"
 
+// What send_ipmi_cmd() returns.
+inline constexpr int kNullArgument = 1;
+inline constexpr int kNoRequest = 2;
+inline constexpr int kNotBuilt = 3;
+inline constexpr int kUnknownTransport = 4;
+inline constexpr int kNoAnswer = 5;
+inline constexpr int kTimedOut = 7;
+inline constexpr int kRefused = 8;
+inline constexpr int kUnreachable = 9;
+
 struct Exchange {
     int result = -1;
     std::uint32_t length = 0;

@@ -6,15 +6,10 @@
 #include <string>
 #include <vector>
 
-#include "exchange.h"
-#include "stand_ins.h"
-#include "support/environment.h"
+#include "sim_test.h"
 #include "support/second_process.h"
-#include "support/temp_file.h"
 
 namespace {
-
-constexpr std::int64_t kMidnight = 1'700'006'400;  // 2023-11-15 00:00:00 UTC
 
 constexpr const char* kTrace =
     "epoch_s,sdr_rows,sys_power_W,psu1_ac_in_W,psu1_dc_out_W,cpu_power_W,mem_power_W,"

@@ -6,9 +6,6 @@ namespace {
 using pwrmgt::ipmi::sim::AuditEntry;
 using pwrmgt::ipmi::sim::Requester;
 
-const Bytes kGetCap{0x03, 0, 0, 0, 0};
-const Bytes kCapOf300W{0x02, 1, 0x2C, 0x01, 1};
-
 class SimCapping : public SimTest {
 protected:
     static Bytes named(const std::string& name) {

@@ -7,12 +7,7 @@ using pwrmgt::ipmi::sim::Fault;
 using pwrmgt::ipmi::sim::kind_text;
 using pwrmgt::ipmi::sim::set_kind;
 
-constexpr int kNoAnswer = 5;
 constexpr int kTimedOut = 7;
-
-const Bytes kGetCap{0x03, 0, 0, 0, 0};
-const Bytes kNoCap{0x00, 0, 0, 0xFF, 0xFF, 1};
-const Bytes kCapOf300W{0x02, 1, 0x2C, 0x01, 1};
 
 class SimFaults : public SimTest {
 protected:

@@ -20,18 +20,9 @@ namespace fs = std::filesystem;
 using pwrmgt::ipmi::sim::encoded;
 using pwrmgt::ipmi::sim::State;
 
-const Bytes kGetCap{0x03, 0, 0, 0, 0};
-const Bytes kNoCap{0x00, 0, 0, 0xFF, 0xFF, 1};
-const Bytes kCapOf300W{0x02, 1, 0x2C, 0x01, 1};
-
 mode_t mode_of(const std::string& path) {
     struct stat found {};
     return stat(path.c_str(), &found) == 0 ? found.st_mode & 07777 : 0;
-}
-
-std::string text_of(const std::string& path) {
-    std::ifstream file(path, std::ios::binary);
-    return {std::istreambuf_iterator<char>(file), {}};
 }
 
 // Gives up root, whom no permission stops.

@@ -8,7 +8,9 @@
 #include <unistd.h>
 
 #include <cstdint>
+#include <fstream>
 #include <functional>
+#include <iterator>
 #include <string>
 #include <vector>
 
@@ -21,6 +23,11 @@
 inline constexpr std::int64_t kMidnight = 1'700'006'400;  // 2023-11-15 00:00:00 UTC
 
 using Bytes = std::vector<std::uint8_t>;
+
+// Capping: what is asked and answered most.
+inline const Bytes kGetCap{0x03, 0, 0, 0, 0};
+inline const Bytes kNoCap{0x00, 0, 0, 0xFF, 0xFF, 1};
+inline const Bytes kCapOf300W{0x02, 1, 0x2C, 0x01, 1};
 
 template <class Values>
 Bytes joined(Bytes first, const Values& values) {
@@ -39,6 +46,12 @@ inline Bytes answer(Bytes request) {
 
 inline Bytes capping(const Bytes& payload) {
     return answer(joined({0x20, 0x3A, 0, 0x32}, payload));
+}
+
+// The bytes of a file.
+inline std::string text_of(const std::string& path) {
+    std::ifstream file(path, std::ios::binary);
+    return {std::istreambuf_iterator<char>(file), {}};
 }
 
 // What `body` returns in a child process; -1 when it crashed.

@@ -21,11 +21,6 @@ struct Finished {
     std::string err;
 };
 
-std::string text_of(const std::string& path) {
-    std::ifstream file(path, std::ios::binary);
-    return {std::istreambuf_iterator<char>(file), {}};
-}
-
 class Simctl : public SimTest {
 protected:
     Finished run_into(const std::string& out, std::vector<std::string> arguments) const {

@@ -14,12 +14,6 @@
 
 namespace {
 
-constexpr int kNullArgument = 1;
-constexpr int kNoRequest = 2;
-constexpr int kNotBuilt = 3;
-constexpr int kUnknownTransport = 4;
-constexpr int kNoAnswer = 5;
-
 class Transport : public testing::Test {
 protected:
     // The log tells a setting once in a row; this setting is no test's own.

@@ -26,7 +26,7 @@ TEST_F(Capping, GetTellsSwitchWattsAndMode) {
 TEST_F(Capping, GetAsJsonHasNullForNoCap) {
     const json document = json_of({"capping", "get", "--json"});
 
-    EXPECT_EQ(document, json::parse(R"({
+    EXPECT_EQ(document, parsed(R"({
         "schema": "pwrmgtctl.capping.get/1", "source": "firmware", "database": null,
         "asked_at_s": 1700000010, "asked_at_utc": "2023-11-14T22:13:30Z",
         "on": false, "cap_w": null, "mode": 1})"));
@@ -51,7 +51,7 @@ TEST_F(Capping, SetAsJsonHasRangeCapAndWhatWasReadBack) {
     const json document =
         json_of({"capping", "set", "500", "--dc", "--mode", "0", "--audit", "ada", "--json"});
 
-    EXPECT_EQ(document, json::parse(R"({
+    EXPECT_EQ(document, parsed(R"({
         "schema": "pwrmgtctl.capping.set/1", "source": "firmware", "database": null,
         "asked_at_s": 1700000010, "asked_at_utc": "2023-11-14T22:13:30Z",
         "side": "dc", "range": {"min_w": 100, "max_w": 700}, "forced": false, "audit": "ada",
@@ -198,7 +198,7 @@ TEST_F(Capping, FirmwareThatHoldsAnotherCapIsNotAsSetInJson) {
     permit_caps();
     fail_always("0x32", "0x02", "status:0");
 
-    const json document = json::parse(tool({"capping", "set", "500", "--json"}).out);
+    const json document = parsed(tool({"capping", "set", "500", "--json"}).out);
 
     EXPECT_EQ(document["as_set"], false);
     EXPECT_EQ(document["read_back"]["on"], false);

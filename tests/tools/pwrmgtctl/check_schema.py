@@ -12,15 +12,14 @@ sys.path.append("/usr/lib/python3/dist-packages")
 import jsonschema  # noqa: E402
 
 
-def mistakes(schema, document):
-    jsonschema.Draft202012Validator.check_schema(schema)
+def mistakes(schema, whole, document):
     name = str(document.get("schema", "")).removeprefix("pwrmgtctl.").rpartition("/")[0]
     if name not in schema["$defs"]:
         return [f"no definition of {name!r}"]
     # By its own definition first: an error of `oneOf` would name every other one.
     own = jsonschema.Draft202012Validator({"$ref": f"#/$defs/{name}", "$defs": schema["$defs"]})
     found = [f"{'/'.join(map(str, error.absolute_path))}: {error.message}" for error in own.iter_errors(document)]
-    if not found and not jsonschema.Draft202012Validator(schema).is_valid(document):
+    if not found and not whole.is_valid(document):
         found.append("taken by its definition, but not by exactly one of the documents")
     return found
 
@@ -28,11 +27,13 @@ def mistakes(schema, document):
 def main():
     with open(sys.argv[1], encoding="utf-8") as file:
         schema = json.load(file)
+    jsonschema.Draft202012Validator.check_schema(schema)
+    whole = jsonschema.Draft202012Validator(schema)
     documents = sorted(pathlib.Path(sys.argv[2]).iterdir())
     if not documents:
         sys.exit("no documents")
     found = [f"{path.name}: {words}" for path in documents
-             for words in mistakes(schema, json.loads(path.read_text(encoding="utf-8")))]
+             for words in mistakes(schema, whole, json.loads(path.read_text(encoding="utf-8")))]
     if found:
         print("\n".join(found))
     sys.exit(1 if found else 0)

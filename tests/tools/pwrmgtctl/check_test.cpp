@@ -181,14 +181,14 @@ TEST_F(Check, JsonTellsEveryPartAndEndsWithTheSameCode) {
     store_draw(320, 61);
 
     const Finished run = tool({"check", "--json"});
-    const nlohmann::json document = nlohmann::json::parse(run.out);
+    const nlohmann::json document = parsed(run.out);
 
     EXPECT_EQ(run.exit, 2);
     EXPECT_EQ(document["schema"], "pwrmgtctl.check/1");
     EXPECT_EQ(document["state"], "critical");
     EXPECT_EQ(document["exit_code"], 2);
     ASSERT_EQ(document["findings"].size(), 4);
-    EXPECT_EQ(document["findings"][3], nlohmann::json::parse(R"({"part": "age", "state": "critical",
+    EXPECT_EQ(document["findings"][3], parsed(R"({"part": "age", "state": "critical",
                   "words": "reading 61 s old, more than 60 s", "performance": "age=61s;;60"})"));
 }
 

@@ -47,7 +47,7 @@ TEST_F(Cpu, HistoryOfOneAsJsonNamesTheProcessor) {
 
     const json document = json_of({"cpu", "history", "3", "--rows", "4", "--json"});
 
-    EXPECT_EQ(values_of(document), json::parse(R"({
+    EXPECT_EQ(values_of(document), parsed(R"({
         "schema": "pwrmgtctl.cpu.history/1", "cpu": 3, "period_s": 210, "entry_width_s": null, "age_s": 0, "stale": false, "order": "newest_first",
         "end_s": 1700000010, "end_utc": "2023-11-14T22:13:30Z",
         "entries": [{"index": 0, "timestamp_s": 1699999980, "time_utc": "2023-11-14T22:13:00Z",

@@ -34,12 +34,12 @@ void FirmwareTest::fail_always(const std::string& command, const std::string& op
 
 nlohmann::json FirmwareTest::firmware_state() {
     const Finished run = launch({{"status", "--json"}, {}, kNow, Sink::file, SIMCTL_PATH});
-    return nlohmann::json::parse(run.out);
+    return parsed(run.out);
 }
 
 nlohmann::json FirmwareTest::audit_log() {
     const Finished run = launch({{"audit", "--json"}, {}, kNow, Sink::file, SIMCTL_PATH});
-    return nlohmann::json::parse(run.out)["requests"];
+    return parsed(run.out)["requests"];
 }
 
 void FirmwareTest::put_file(const std::string& name, const std::string& bytes) {

@@ -33,7 +33,7 @@ TEST_F(Gpu, ZeroWattsTakeTheCapAway) {
 
     const json document = json_of({"gpu", "set", "0", "0", "--json"});
 
-    EXPECT_EQ(document, json::parse(R"({
+    EXPECT_EQ(document, parsed(R"({
         "schema": "pwrmgtctl.gpu.set/1", "source": "firmware", "database": null,
         "asked_at_s": 1700000010, "asked_at_utc": "2023-11-14T22:13:30Z", "gpu": 0, "kind": 16,
         "set": null, "read_back": null, "as_set": true})"));

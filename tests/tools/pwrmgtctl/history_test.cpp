@@ -42,7 +42,7 @@ TEST_F(History, SystemPowerAsJsonHoldsBothGroups) {
 
     const json document = json_of({"power", "history", "--json"});
 
-    EXPECT_EQ(values_of(document), json::parse(R"({
+    EXPECT_EQ(values_of(document), parsed(R"({
         "schema": "pwrmgtctl.power.history/1", "domain": "system", "period_s": 3600, "entry_width_s": 30, "age_s": 0, "stale": false,
         "order": "newest_first", "end_s": 1700000010, "end_utc": "2023-11-14T22:13:30Z",
         "entries": [{"index": 0, "timestamp_s": 1699999980, "time_utc": "2023-11-14T22:13:00Z",
@@ -69,8 +69,7 @@ TEST_F(History, MemoryPowerAsJsonNamesItsDomain) {
     const json document = json_of({"power", "history", "--domain", "memory", "--json"});
 
     EXPECT_EQ(document["domain"], "memory");
-    EXPECT_EQ(document["entries"][0]["dc"],
-              json::parse(R"({"avg_w": 40, "max_w": 45, "min_w": 35})"));
+    EXPECT_EQ(document["entries"][0]["dc"], parsed(R"({"avg_w": 40, "max_w": 45, "min_w": 35})"));
     EXPECT_FALSE(document["entries"][0].contains("ac"));
 }
 
@@ -135,7 +134,7 @@ TEST_F(History, PerformanceAsJsonHasPercentKeys) {
 
     EXPECT_EQ(document["schema"], "pwrmgtctl.performance.history/1");
     EXPECT_EQ(document["entries"][0]["system"],
-              json::parse(R"({"avg_pct": 30, "max_pct": 35, "min_pct": 25})"));
+              parsed(R"({"avg_pct": 30, "max_pct": 35, "min_pct": 25})"));
     EXPECT_EQ(document["entries"][0]["cpu"]["avg_pct"], 20);
     EXPECT_EQ(document["entries"][0]["memory"]["avg_pct"], 10);
     EXPECT_EQ(document["entries"][0]["io"]["avg_pct"], 5);

@@ -14,8 +14,6 @@ constexpr uint8_t kCpu = 2;
 constexpr uint8_t kMemory = 3;
 constexpr uint8_t kExhaust = 4;
 
-const char* const kTrace = "VEKDB_SIM_TRACE=" TRACE_FILE;
-
 }  // namespace
 
 const std::vector<Command>& every_command() {

@@ -202,7 +202,7 @@ TEST_P(Markers, NeverReachADocumentOrAMean) {
         expect_no_marker(command.name, text);
         if (document.empty()) continue;
         if (shows_what_was_stored(command.name)) {
-            expect_readings(command.name, json::parse(document), "");
+            expect_readings(command.name, parsed(document), "");
         }
         if (command.csv) expect_cells(command.name, run(command, {"--csv"}).out);
     }

@@ -6,8 +6,6 @@ namespace {
 
 using nlohmann::json;
 
-const char* const kTrace = "VEKDB_SIM_TRACE=" TRACE_FILE;
-
 class Meter : public FirmwareTest {};
 
 // Completion code, time, four powers, two supplies of two powers: 22 bytes.
@@ -23,7 +21,7 @@ TEST_F(Meter, ReadDumpsAsManyBytesAsTheFirmwareAnswered) {
 }
 
 TEST_F(Meter, ReadAsJsonHasTheBytesInHexadecimal) {
-    const json document = json::parse(tool_with({kTrace}, {"meter", "read", "--json"}).out);
+    const json document = parsed(tool_with({kTrace}, {"meter", "read", "--json"}).out);
 
     EXPECT_EQ(document["size_bytes"], 22);
     EXPECT_EQ(document["block_hex"], "00e7f053652201e1003c0023000255004b00a5009600");
@@ -38,7 +36,7 @@ TEST_F(Meter, TraceOfTheLibraryStaysOutOfTheDocument) {
 TEST_F(Meter, StretchedBlockIsShownToItsLastByte) {
     fail_always("0x32", "0x04", "long:256");
 
-    const json document = json::parse(tool_with({kTrace}, {"meter", "read", "--json"}).out);
+    const json document = parsed(tool_with({kTrace}, {"meter", "read", "--json"}).out);
 
     EXPECT_EQ(document["size_bytes"], 256);
 }
@@ -70,7 +68,7 @@ TEST_F(Meter, SlotsAsJsonHaveNullForNoReading) {
 
     const json document = json_of({"meter", "slots", "--json"});
 
-    EXPECT_EQ(document["slot_w"], json::parse("[25, 0, null, null, null]"));
+    EXPECT_EQ(document["slot_w"], parsed("[25, 0, null, null, null]"));
     EXPECT_EQ(document["age_s"], 0);
     EXPECT_EQ(document["stale"], false);
 }

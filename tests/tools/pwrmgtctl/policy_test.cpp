@@ -49,7 +49,7 @@ TEST_F(Policy, SettingsAppearInJsonUnderTheirNames) {
 
     const json document = json_of({"policy", "get", "--json"});
 
-    EXPECT_EQ(values_of(document), json::parse(R"({
+    EXPECT_EQ(values_of(document), parsed(R"({
         "schema": "pwrmgtctl.policy.get/1", "view": "stored", "redundancy": "1, redundant, may be oversubscribed",
         "power_management_offered": true, "blade": true, "redundancy_mode": 1, "maximizer_status": 0,
         "capping": {"on": true, "mode": 1, "cap_w": 700, "ac": {"soft_w": 810, "min_w": 820, "max_w": 830},
@@ -125,8 +125,8 @@ TEST_F(Policy, SetChangesWhatIsNamedAndKeepsTheRest) {
     const json capping =
         json_of({"policy", "set", "--ac-max", "900", "--dc-soft", "0", "--json"})["capping"];
 
-    EXPECT_EQ(capping["ac"], json::parse(R"({"soft_w": null, "min_w": 200, "max_w": 900})"));
-    EXPECT_EQ(capping["dc"], json::parse(R"({"soft_w": 0, "min_w": null, "max_w": null})"));
+    EXPECT_EQ(capping["ac"], parsed(R"({"soft_w": null, "min_w": 200, "max_w": 900})"));
+    EXPECT_EQ(capping["dc"], parsed(R"({"soft_w": 0, "min_w": null, "max_w": null})"));
 }
 
 TEST_F(Policy, SetTakesALimitAway) {

@@ -64,11 +64,11 @@ TEST_F(Psu, ListAsJsonHasNullForWhatIsMissing) {
     EXPECT_EQ(document["present"], 3);
     EXPECT_EQ(document["healthy"], 1);
     ASSERT_EQ(document["psus"].size(), 12);
-    EXPECT_EQ(document["psus"][1], json::parse(R"({"psu": 2, "state": "present", "input": "lost",
+    EXPECT_EQ(document["psus"][1], parsed(R"({"psu": 2, "state": "present", "input": "lost",
         "health": "fault", "voltage_class": 1, "input_label_w": 900, "output_label_w": 850})"));
-    EXPECT_EQ(document["psus"][2], json::parse(R"({"psu": 3, "state": "empty", "input": null,
+    EXPECT_EQ(document["psus"][2], parsed(R"({"psu": 3, "state": "empty", "input": null,
         "health": null, "voltage_class": null, "input_label_w": null, "output_label_w": null})"));
-    EXPECT_EQ(document["psus"][3], json::parse(R"({"psu": 4, "state": "present", "input": null,
+    EXPECT_EQ(document["psus"][3], parsed(R"({"psu": 4, "state": "present", "input": null,
         "health": null, "voltage_class": null, "input_label_w": null, "output_label_w": null})"));
     EXPECT_EQ(document["psus"][11]["state"], "no bay");
 }
@@ -123,7 +123,7 @@ TEST_F(Psu, VoltageShowsTheRange) {
                             "Highest, V       240\n");
     EXPECT_EQ(
         values_of(document),
-        json::parse(
+        parsed(
             R"({"schema": "pwrmgtctl.psu.voltage/1", "psu": 2, "age_s": null, "stale": null, "kind": "ac", "low_v": 100, "high_v": 127})"));
 }
 

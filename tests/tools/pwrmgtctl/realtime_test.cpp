@@ -8,10 +8,6 @@ using nlohmann::json;
 
 class Realtime : public ToolTest {};
 
-const char* const kTrace = "VEKDB_SIM_TRACE=" TRACE_FILE;
-
-constexpr pwrmgt_realtime_pwr_t kReading{0, 0, 350, 300, 100, 40, 30, 20, 10, 5};
-
 TEST_F(Realtime, StoredReadingIsATableWithItsAge) {
     store_realtime(kReading, kNow - 7);
 
@@ -38,7 +34,7 @@ TEST_F(Realtime, StoredReadingAsJsonHasUnitsInItsKeys) {
 
     const json document = json_of({"power", "realtime", "--json"});
 
-    EXPECT_EQ(values_of(document), json::parse(R"({
+    EXPECT_EQ(values_of(document), parsed(R"({
         "schema": "pwrmgtctl.power.realtime/1", "timestamp_s": 1700000003,
         "time_utc": "2023-11-14T22:13:23Z", "age_s": 7, "stale": false, "firmware_word": null,
         "system": {"ac_w": 350, "dc_w": 300, "pct": 30}, "cpu": {"dc_w": 100, "pct": 20},
@@ -101,8 +97,8 @@ TEST_F(Realtime, OlderReadingIsStaleInJson) {
     const Finished run = tool({"power", "realtime", "--json"});
 
     EXPECT_EQ(run.exit, 5);
-    EXPECT_EQ(json::parse(run.out)["stale"], true);
-    EXPECT_EQ(json::parse(run.out)["age_s"], 7200);
+    EXPECT_EQ(parsed(run.out)["stale"], true);
+    EXPECT_EQ(parsed(run.out)["age_s"], 7200);
     EXPECT_EQ(run.err, "pwrmgtctl: the newest reading is 2 h old\n");
 }
 
@@ -128,7 +124,7 @@ TEST_F(Realtime, LiveReadingComesFromTheFirmwareAndIsNew) {
     const Finished run = tool_with({kTrace}, {"power", "realtime", "--live", "--json"});
 
     EXPECT_EQ(run.exit, 0) << run.err;
-    EXPECT_EQ(values_of(json::parse(run.out)), json::parse(R"({
+    EXPECT_EQ(values_of(parsed(run.out)), parsed(R"({
         "schema": "pwrmgtctl.power.realtime/1", "timestamp_s": 1700000010,
         "time_utc": "2023-11-14T22:13:30Z", "age_s": 0, "stale": false, "firmware_word": 1699999975,
         "system": {"ac_w": 290, "dc_w": 225, "pct": 0}, "cpu": {"dc_w": 60, "pct": 0},

@@ -32,7 +32,7 @@ protected:
     json json_here(const std::vector<std::string>& arguments) {
         const Finished run = here(arguments);
         EXPECT_EQ(run.exit, 0) << run.err;
-        return json::parse(run.out);
+        return parsed(run.out);
     }
     // Bays with good supplies of one label.
     void store_supplies(uint8_t bays, uint16_t label_w) {
@@ -57,7 +57,7 @@ TEST_F(Redundancy, GetTellsTheStoredMode) {
     EXPECT_EQ(text.out, "Redundancy mode 2, not redundant; database " + persistent_file() + "\n");
     EXPECT_EQ(
         values_of(document),
-        json::parse(
+        parsed(
             R"({"schema": "pwrmgtctl.redundancy.get/1", "mode": 2, "meaning": "2, not redundant"})"));
 }
 
@@ -170,7 +170,7 @@ TEST_F(Redundancy, AvailablePowerIsTheSupplies) {
                             "Available, W    750\n");
     EXPECT_EQ(
         values_of(document),
-        json::parse(
+        parsed(
             R"({"schema": "pwrmgtctl.power.available/1", "age_s": null, "stale": null, "available_w": 750})"));
 }
 
@@ -203,7 +203,7 @@ TEST_F(Redundancy, CappingRangeIsTheStoredOneOfItsDomain) {
                           "Highest cap, W    900\n");
     EXPECT_EQ(
         values_of(dc),
-        json::parse(
+        parsed(
             R"({"schema": "pwrmgtctl.capping.ranges/1", "side": "dc", "min_w": 250, "max_w": null})"));
 }
 

@@ -2,6 +2,7 @@
 // Every command's JSON against the schema that is shipped, by a validator that is not ours.
 #include <filesystem>
 #include <fstream>
+#include <iterator>
 #include <set>
 
 #include "machine.h"
@@ -69,8 +70,9 @@ TEST_F(Schema, HoldsWhereNothingIsKnown) {
 
 TEST_F(Schema, DescribesNoDocumentThatNoCommandWrites) {
     std::ifstream file(SCHEMA_FILE);
+    const std::string schema(std::istreambuf_iterator<char>(file), {});
     std::set<std::string> described;
-    for (const json& choice : json::parse(file)["oneOf"]) {
+    for (const json& choice : parsed(schema)["oneOf"]) {
         const auto reference = choice["$ref"].get<std::string>();
         described.insert(reference.substr(reference.rfind('/') + 1));
     }
@@ -79,7 +81,7 @@ TEST_F(Schema, DescribesNoDocumentThatNoCommandWrites) {
         std::vector<std::string> arguments = command.arguments;
         std::erase(arguments, "--hex");
         const Finished finished = run({command.name, arguments, 0, false}, {"--json"});
-        const auto name = json::parse(finished.out)["schema"].get<std::string>();
+        const auto name = parsed(finished.out)["schema"].get<std::string>();
         described.erase(name.substr(10, name.size() - 12));
     }
 
@@ -87,7 +89,7 @@ TEST_F(Schema, DescribesNoDocumentThatNoCommandWrites) {
 }
 
 TEST_F(Schema, RefusesAFieldThatItDoesNotKnow) {
-    json document = json::parse(run(every_command().front(), {"--json"}).out);
+    json document = parsed(run(every_command().front(), {"--json"}).out);
     document["entries"][0]["dc"]["median_w"] = 1;
     keep("unknown", document.dump());
 
@@ -98,7 +100,7 @@ TEST_F(Schema, RefusesAFieldThatItDoesNotKnow) {
 }
 
 TEST_F(Schema, RefusesAMarkerAsAReading) {
-    json document = json::parse(run(every_command().front(), {"--json"}).out);
+    json document = parsed(run(every_command().front(), {"--json"}).out);
     document["entries"][0]["dc"]["avg_w"] = 65535;
     keep("marker", document.dump());
 
@@ -106,7 +108,7 @@ TEST_F(Schema, RefusesAMarkerAsAReading) {
 }
 
 TEST_F(Schema, RefusesADocumentWithoutAField) {
-    json document = json::parse(run(every_command().front(), {"--json"}).out);
+    json document = parsed(run(every_command().front(), {"--json"}).out);
     document.erase("age_s");
     keep("short", document.dump());
 

@@ -37,7 +37,7 @@ TEST_F(Settings, GetAsJsonHasUnitsInItsKeys) {
     EXPECT_EQ(document["unstress_adapter_w"], 0);
     EXPECT_EQ(document["unstress_disk_w"], 0);
     EXPECT_EQ(document["zero_output_mode"], 0);
-    EXPECT_EQ(document["cpu_cap_w"], json::parse("[150, null]"));
+    EXPECT_EQ(document["cpu_cap_w"], parsed("[150, null]"));
     EXPECT_EQ(document["errors"], json::array());
 }
 

@@ -59,7 +59,7 @@ TEST_F(Store, JsonHasTextWhereThereIsOne) {
 
     const json document = json_of({"store", "read", "a", "--json"});
 
-    EXPECT_EQ(document, json::parse(R"({
+    EXPECT_EQ(document, parsed(R"({
         "schema": "pwrmgtctl.store.read/1", "source": "firmware", "database": null,
         "asked_at_s": 1700000010, "asked_at_utc": "2023-11-14T22:13:30Z", "name": "a",
         "size_bytes": 6, "may_be_longer": false, "output": null,

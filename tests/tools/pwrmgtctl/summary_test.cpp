@@ -35,7 +35,7 @@ TEST_F(Summary, SystemPowerAsJsonHoldsBothGroups) {
 
     const json document = json_of({"power", "summary", "--minutes", "5", "--json"});
 
-    EXPECT_EQ(values_of(document), json::parse(R"({
+    EXPECT_EQ(values_of(document), parsed(R"({
         "schema": "pwrmgtctl.power.summary/1", "domain": "system", "period_s": 300, "age_s": 0, "stale": false,
         "dc": {"avg_w": 300, "max_w": 310, "min_w": 290},
         "ac": {"avg_w": 350, "max_w": 360, "min_w": 340}})"));
@@ -48,9 +48,9 @@ TEST_F(Summary, ProcessorsAndMemoryHaveOneGroup) {
     const json memory =
         json_of({"power", "summary", "--domain", "memory", "--minutes", "5", "--json"});
 
-    EXPECT_EQ(cpu["dc"], json::parse(R"({"avg_w": 100, "max_w": 110, "min_w": 90})"));
+    EXPECT_EQ(cpu["dc"], parsed(R"({"avg_w": 100, "max_w": 110, "min_w": 90})"));
     EXPECT_FALSE(cpu.contains("ac"));
-    EXPECT_EQ(memory["dc"], json::parse(R"({"avg_w": 40, "max_w": 45, "min_w": 35})"));
+    EXPECT_EQ(memory["dc"], parsed(R"({"avg_w": 40, "max_w": 45, "min_w": 35})"));
 }
 
 TEST_F(Summary, SupplySaysUpToWhichPowerItsMeanIsRight) {
@@ -76,8 +76,8 @@ TEST_F(Summary, SupplyAsJsonNamesItsBay) {
     EXPECT_EQ(document["schema"], "pwrmgtctl.psu.summary/1");
     EXPECT_EQ(document["psu"], 2);
     EXPECT_EQ(document["right_up_to_w"], 3120);
-    EXPECT_EQ(document["ac"], json::parse(R"({"avg_w": 200})"));
-    EXPECT_EQ(document["dc"], json::parse(R"({"avg_w": 190})"));
+    EXPECT_EQ(document["ac"], parsed(R"({"avg_w": 200})"));
+    EXPECT_EQ(document["dc"], parsed(R"({"avg_w": 190})"));
 }
 
 TEST_F(Summary, SlotWithoutAcLeavesTheAcMeanAndMaximumOut) {
@@ -89,7 +89,7 @@ TEST_F(Summary, SlotWithoutAcLeavesTheAcMeanAndMaximumOut) {
     const json document = json_of({"power", "summary", "--minutes", "5", "--json"});
 
     EXPECT_EQ(document["dc"]["avg_w"], 290);
-    EXPECT_EQ(document["ac"], json::parse(R"({"avg_w": null, "max_w": null, "min_w": 340})"));
+    EXPECT_EQ(document["ac"], parsed(R"({"avg_w": null, "max_w": null, "min_w": 340})"));
 }
 
 TEST_F(Summary, NothingRecordedIsExit4) {

@@ -62,8 +62,8 @@ TEST_F(Thermal, HistoryAsJsonHasNullForWhatIsMissing) {
     ASSERT_EQ(document["entries"].size(), 1);
     const json entry = document["entries"][0];
     EXPECT_EQ(entry["timestamp_s"], 1699999980);
-    EXPECT_EQ(entry["exhaust"][1], json::parse(R"({"min_c": 40, "avg_c": 41, "max_c": 43})"));
-    EXPECT_EQ(entry["exhaust"][0], json::parse(R"({"min_c": null, "avg_c": null, "max_c": null})"));
+    EXPECT_EQ(entry["exhaust"][1], parsed(R"({"min_c": 40, "avg_c": 41, "max_c": 43})"));
+    EXPECT_EQ(entry["exhaust"][0], parsed(R"({"min_c": null, "avg_c": null, "max_c": null})"));
     EXPECT_EQ(entry["cpu"].size(), 8);
     EXPECT_EQ(entry["memory"].size(), 8);
     EXPECT_EQ(entry["inlet"].size(), 2);
@@ -138,7 +138,7 @@ TEST_F(Thermal, RealtimeAsJsonHasSensorsWithTheirAges) {
 
     const json document = json_of({"thermal", "realtime", "--json"});
 
-    EXPECT_EQ(values_of(document), json::parse(R"({
+    EXPECT_EQ(values_of(document), parsed(R"({
         "schema": "pwrmgtctl.thermal.realtime/1", "timestamp_s": 1700000000,
         "time_utc": "2023-11-14T22:13:20Z", "age_s": 10, "stale": false,
         "readings": [{"sensor": "cpu1", "temperature_c": 55, "timestamp_s": 1700000000,

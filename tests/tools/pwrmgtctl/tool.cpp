@@ -16,7 +16,14 @@
 
 #include "vekdb_client.h"
 
+void nlohmann::PrintTo(const json& document, std::ostream* out) {
+    *out << document.dump(2);
+}
+
 namespace pwrmgt::tooltest {
+
+const char* const kTrace = "VEKDB_SIM_TRACE=" TRACE_FILE;
+
 namespace {
 
 constexpr std::array kTables{"RealTimePowersMem",      "HistPowers24HrMem",   "HistPowers24Hr",
@@ -187,7 +194,7 @@ Finished ToolTest::tool_with(const std::vector<std::string>& environment,
 nlohmann::json ToolTest::json_of(const std::vector<std::string>& arguments) {
     const Finished run = tool(arguments);
     EXPECT_EQ(run.exit, 0) << run.err;
-    return nlohmann::json::parse(run.out);
+    return parsed(run.out);
 }
 
 void ToolTest::store_slot(uint32_t slots_back, const pwrmgt_hist_sample_t& sample) {
@@ -238,6 +245,10 @@ pwrmgt_hist_sample_t empty_slot() {
     }
     sample.perf = {0, 0, kNoPercent, kNoPercent, kNoPercent, kNoPercent, kNoPercent, kNoPercent};
     return sample;
+}
+
+nlohmann::json parsed(const std::string& text) {
+    return nlohmann::json::parse(text);
 }
 
 nlohmann::json values_of(nlohmann::json document) {

@@ -13,11 +13,22 @@
 
 #include "vekdb_pwrmgt.h"
 
+// What GoogleTest shows of a document.
+namespace nlohmann {
+void PrintTo(const json& document, std::ostream* out);
+}
+
 namespace pwrmgt::tooltest {
 
 // A frozen clock: 2023-11-14T22:13:30Z, a multiple of 30, and the newest slot closed by then.
 inline constexpr uint32_t kNow = 1700000010;
 inline constexpr uint32_t kNewestSlot = 1699999980;
+
+// The processors' measured day as the firmware's readings, for a tool's environment.
+extern const char* const kTrace;
+
+// A stored reading, one of each.
+inline constexpr pwrmgt_realtime_pwr_t kReading{0, 0, 350, 300, 100, 40, 30, 20, 10, 5};
 
 struct Finished {
     int exit;  // exit code, or minus the signal that ended the process
@@ -82,6 +93,9 @@ pwrmgt_hist_sample_t slot_of(uint16_t dc_w);
 pwrmgt_hist_sample_t empty_slot();
 
 std::vector<std::string> lines_of(const std::string& text);
+
+// The document that a text is.
+nlohmann::json parsed(const std::string& text);
 
 // A JSON answer without what every answer has beside its schema: source, database, when it was
 // asked.

@@ -16,7 +16,6 @@ namespace {
 
 using nlohmann::json;
 
-constexpr pwrmgt_realtime_pwr_t kReading{0, 0, 350, 300, 100, 40, 30, 20, 10, 5};
 constexpr const char* kEnter = "\x1b[?1049h\x1b[?25l";
 constexpr const char* kLeave = "\x1b[?25h\x1b[?1049l";
 
@@ -40,8 +39,8 @@ TEST_F(Watch, JsonIsADocumentPerLine) {
 
     const std::vector<std::string> lines = lines_of(run.out);
     ASSERT_EQ(lines.size(), 2U);
-    EXPECT_EQ(json::parse(lines[0])["system"]["dc_w"], 300);
-    EXPECT_EQ(json::parse(lines[1])["schema"], "pwrmgtctl.power.realtime/1");
+    EXPECT_EQ(parsed(lines[0])["system"]["dc_w"], 300);
+    EXPECT_EQ(parsed(lines[1])["schema"], "pwrmgtctl.power.realtime/1");
 }
 
 TEST_F(Watch, WithoutAReadingSaysSoEachTimeAndEndsWithTheLastExitCode) {
@@ -115,7 +114,7 @@ std::string read_until(int descriptor, const std::string& text) {
     std::string got;
     char buffer[4096];
     while (got.find(text) == std::string::npos) {
-        const ssize_t count = read(descriptor, buffer, sizeof buffer);
+        const ssize_t count = ::read(descriptor, buffer, sizeof buffer);
         if (count <= 0) break;
         got.append(buffer, static_cast<size_t>(count));
     }

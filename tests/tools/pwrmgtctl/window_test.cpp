@@ -72,7 +72,7 @@ TEST_F(HistoryWindow, SamplesOfAnEntryAreFolded) {
     const json document = json_of({"power", "history", "--end", "1699999980", "--minutes", "2",
                                    "--samples-per-entry", "4", "--json"});
 
-    EXPECT_EQ(values_of(document), json::parse(R"({
+    EXPECT_EQ(values_of(document), parsed(R"({
         "schema": "pwrmgtctl.power.history/1", "domain": "system", "period_s": 120, "entry_width_s": 120, "age_s": 0, "stale": false,
         "order": "newest_first", "end_s": 1699999980, "end_utc": "2023-11-14T22:13:00Z",
         "entries": [{"index": 0, "timestamp_s": 1699999980, "time_utc": "2023-11-14T22:13:00Z",
@@ -110,7 +110,7 @@ TEST_F(HistoryWindow, OfPerformanceHasPercentages) {
         json_of({"performance", "history", "--end", "now", "--minutes", "2", "--json"});
 
     EXPECT_EQ(document["entries"][0]["system"],
-              json::parse(R"({"avg_pct": 30, "max_pct": 35, "min_pct": 25})"));
+              parsed(R"({"avg_pct": 30, "max_pct": 35, "min_pct": 25})"));
 }
 
 TEST_F(HistoryWindow, SlotWithoutAReadingIsADashAndNull) {

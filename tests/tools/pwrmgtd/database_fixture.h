@@ -16,6 +16,9 @@
 
 namespace pwrmgt::pwrmgtd::test {
 
+inline constexpr std::int64_t kMidnight = 1748995200;        // 2025-06-04 00:00:00, slot 0
+inline constexpr std::int64_t kMidnightBefore = 1748908800;  // the same, a day before
+
 class DatabaseTest : public testing::Test {
 protected:
     void SetUp() override { ASSERT_TRUE(tables.open()); }

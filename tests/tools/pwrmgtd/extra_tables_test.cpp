@@ -15,8 +15,6 @@ using testing::ElementsAre;
 using testing::IsEmpty;
 using testing::Pair;
 
-constexpr std::int64_t kMidnight = 1748908800;
-
 class ExtraTablesTest : public DatabaseTest {
 protected:
     // A row in which supply 12 and processor 8 have readings.
@@ -31,22 +29,22 @@ protected:
 };
 
 TEST_F(ExtraTablesTest, SuppliesBeyondFourGoIntoTheExtraHistory) {
-    const std::array rows{extra_row(kMidnight + 30, 300)};
+    const std::array rows{extra_row(kMidnightBefore + 30, 300)};
 
     EXPECT_EQ(tables.append(rows), 1U);
 
-    EXPECT_THAT(rows_of("HistExtraPowers24HrMem"), ElementsAre(Pair(kMidnight + 30, 1)));
+    EXPECT_THAT(rows_of("HistExtraPowers24HrMem"), ElementsAre(Pair(kMidnightBefore + 30, 1)));
     EXPECT_EQ(number("HistExtraPowers24HrMem", "Ps12AvgAc", "_id=1"), 300);
     EXPECT_EQ(number("HistExtraPowers24HrMem", "Ps12AvgDc", "_id=1"), 299);
     EXPECT_EQ(number("HistExtraPowers24HrMem", "Ps5AvgAc", "_id=1"), 65535);
 }
 
 TEST_F(ExtraTablesTest, EachProcessorGoesIntoTheProcessorHistory) {
-    const std::array rows{extra_row(kMidnight + 30, 90)};
+    const std::array rows{extra_row(kMidnightBefore + 30, 90)};
 
     EXPECT_EQ(tables.append(rows), 1U);
 
-    EXPECT_THAT(rows_of("HistCpuPowersMem"), ElementsAre(Pair(kMidnight + 30, 1)));
+    EXPECT_THAT(rows_of("HistCpuPowersMem"), ElementsAre(Pair(kMidnightBefore + 30, 1)));
     EXPECT_EQ(number("HistCpuPowersMem", "Cpu8AvgPwr", "_id=1"), 90);
     EXPECT_EQ(number("HistCpuPowersMem", "Cpu1AvgPwr", "_id=1"), 65535);
 }
@@ -54,46 +52,46 @@ TEST_F(ExtraTablesTest, EachProcessorGoesIntoTheProcessorHistory) {
 TEST_F(ExtraTablesTest, OfManyRowsTheProcessorHistoryTakesTheLastTenMinutes) {
     std::vector<Row> hour;
     for (int slot = 0; slot < 120; ++slot) {
-        hour.push_back(extra_row(kMidnight + 30 * slot, 90));
+        hour.push_back(extra_row(kMidnightBefore + 30 * slot, 90));
     }
 
     tables.append(hour);
 
     const auto rows = rows_of("HistCpuPowersMem");
     EXPECT_EQ(rows.size(), 20U);
-    EXPECT_EQ(rows.begin()->first, kMidnight + 3000);
-    EXPECT_EQ(rows.rbegin()->first, kMidnight + 3570);
+    EXPECT_EQ(rows.begin()->first, kMidnightBefore + 3000);
+    EXPECT_EQ(rows.rbegin()->first, kMidnightBefore + 3570);
 }
 
 TEST_F(ExtraTablesTest, ASaveReplacesTheSlotsOfYesterday) {
-    const std::array yesterday{extra_row(kMidnight - 86400, 1)};
+    const std::array yesterday{extra_row(kMidnightBefore - 86400, 1)};
     tables.append(yesterday);
-    tables.save(kMidnight - 86400, kMidnight - 86400);
-    const std::array today{extra_row(kMidnight, 2)};
+    tables.save(kMidnightBefore - 86400, kMidnightBefore - 86400);
+    const std::array today{extra_row(kMidnightBefore, 2)};
     tables.append(today);
-    ASSERT_TRUE(tables.trim(kMidnight + 30));
+    ASSERT_TRUE(tables.trim(kMidnightBefore + 30));
 
-    EXPECT_TRUE(tables.save(kMidnight, kMidnight));
+    EXPECT_TRUE(tables.save(kMidnightBefore, kMidnightBefore));
 
-    EXPECT_THAT(rows_of("HistExtraPowers24Hr"), ElementsAre(Pair(kMidnight, 0)));
+    EXPECT_THAT(rows_of("HistExtraPowers24Hr"), ElementsAre(Pair(kMidnightBefore, 0)));
 }
 
 TEST_F(ExtraTablesTest, ASaveOfTheExtraHistoryThatTheDatabaseRefusesIsReported) {
-    const std::array rows{extra_row(kMidnight, 6)};
+    const std::array rows{extra_row(kMidnightBefore, 6)};
     tables.append(rows);
     ASSERT_EQ(raw("DROP TABLE HistExtraPowers24Hr"), 0);
 
-    EXPECT_FALSE(tables.save(kMidnight, kMidnight));
+    EXPECT_FALSE(tables.save(kMidnightBefore, kMidnightBefore));
 
     EXPECT_EQ(log.count("saving supplies 5 to 12: status 4"), 1U);
 }
 
 TEST_F(ExtraTablesTest, ATrimReachesEveryHistory) {
-    const std::array rows{extra_row(kMidnight - 86400, 6)};
+    const std::array rows{extra_row(kMidnightBefore - 86400, 6)};
     tables.append(rows);
-    tables.save(kMidnight - 86400, kMidnight - 86400);
+    tables.save(kMidnightBefore - 86400, kMidnightBefore - 86400);
 
-    EXPECT_TRUE(tables.trim(kMidnight + 1));
+    EXPECT_TRUE(tables.trim(kMidnightBefore + 1));
 
     EXPECT_THAT(rows_of("HistExtraPowers24HrMem"), IsEmpty());
     EXPECT_THAT(rows_of("HistExtraPowers24Hr"), IsEmpty());
@@ -101,26 +99,26 @@ TEST_F(ExtraTablesTest, ATrimReachesEveryHistory) {
 }
 
 TEST_F(ExtraTablesTest, ReplacedRowsGoFromEveryHistory) {
-    const std::array rows{extra_row(kMidnight, 6), extra_row(kMidnight + 30, 7)};
+    const std::array rows{extra_row(kMidnightBefore, 6), extra_row(kMidnightBefore + 30, 7)};
     tables.append(rows);
-    tables.save(kMidnight, kMidnight + 30);
+    tables.save(kMidnightBefore, kMidnightBefore + 30);
 
-    EXPECT_TRUE(tables.remove_from(kMidnight + 30));
+    EXPECT_TRUE(tables.remove_from(kMidnightBefore + 30));
 
-    EXPECT_THAT(rows_of("HistExtraPowers24HrMem"), ElementsAre(Pair(kMidnight, 0)));
-    EXPECT_THAT(rows_of("HistExtraPowers24Hr"), ElementsAre(Pair(kMidnight, 0)));
-    EXPECT_THAT(rows_of("HistCpuPowersMem"), ElementsAre(Pair(kMidnight, 0)));
+    EXPECT_THAT(rows_of("HistExtraPowers24HrMem"), ElementsAre(Pair(kMidnightBefore, 0)));
+    EXPECT_THAT(rows_of("HistExtraPowers24Hr"), ElementsAre(Pair(kMidnightBefore, 0)));
+    EXPECT_THAT(rows_of("HistCpuPowersMem"), ElementsAre(Pair(kMidnightBefore, 0)));
 }
 
 TEST_F(ExtraTablesTest, AStartFillsTheExtraHistoryFromWhatWasSaved) {
-    const std::array rows{extra_row(kMidnight, 6)};
+    const std::array rows{extra_row(kMidnightBefore, 6)};
     tables.append(rows);
-    tables.save(kMidnight, kMidnight);
+    tables.save(kMidnightBefore, kMidnightBefore);
     ASSERT_EQ(raw("DELETE FROM HistExtraPowers24HrMem"), 0);
 
-    EXPECT_TRUE(start_tables({tables, log, kMidnight + 30, 0}));
+    EXPECT_TRUE(start_tables({tables, log, kMidnightBefore + 30, 0}));
 
-    EXPECT_THAT(rows_of("HistExtraPowers24HrMem"), ElementsAre(Pair(kMidnight, 0)));
+    EXPECT_THAT(rows_of("HistExtraPowers24HrMem"), ElementsAre(Pair(kMidnightBefore, 0)));
 }
 
 }  // namespace

@@ -36,8 +36,6 @@ namespace {
 using testing::ElementsAre;
 using testing::EndsWith;
 
-constexpr std::int64_t kMidnight = 1748995200;
-
 class FlushTest : public DatabaseTest {
 protected:
     void SetUp() override {

@@ -14,8 +14,6 @@ namespace {
 using testing::ElementsAre;
 using testing::Pair;
 
-constexpr std::int64_t kMidnight = 1748995200;  // 2025-06-04 00:00:00, slot 0
-
 trace::Trace trace_of(std::vector<std::pair<std::int64_t, std::uint16_t>> rows) {
     std::vector<trace::Reading> readings;
     for (const auto& [epoch_s, watts] : rows) {

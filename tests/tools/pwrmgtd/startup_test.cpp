@@ -13,8 +13,6 @@ namespace {
 using testing::ElementsAre;
 using testing::Pair;
 
-constexpr std::int64_t kMidnight = 1748995200;  // 2025-06-04 00:00:00, slot 0
-
 class StartupTest : public DatabaseTest {
 protected:
     bool start(std::int64_t now_s) { return start_tables({tables, log, now_s, 255, {2, {}, {}}}); }

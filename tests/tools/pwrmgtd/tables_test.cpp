@@ -16,8 +16,6 @@ using testing::ElementsAre;
 using testing::IsEmpty;
 using testing::Pair;
 
-constexpr std::int64_t kMidnight = 1748995200;  // 2025-06-04 00:00:00, slot 0
-
 class TablesTest : public DatabaseTest {
 protected:
     // It grows with every write, until it is long enough to start over.

@@ -13,8 +13,6 @@
 namespace pwrmgt::pwrmgtd::test {
 namespace {
 
-constexpr std::int64_t kMidnight = 1748908800;
-
 class TemperaturesTest : public DatabaseTest {
 protected:
     static Reading warm(std::int16_t ambient_c, std::int16_t cpu8_c) {
@@ -32,54 +30,54 @@ protected:
 };
 
 TEST_F(TemperaturesTest, AMinuteIsRecordedOnceOnItsWholeMinute) {
-    tables.show(warm(21, 45), kMidnight + 61);
-    tables.show(warm(22, 46), kMidnight + 119);
+    tables.show(warm(21, 45), kMidnightBefore + 61);
+    tables.show(warm(22, 46), kMidnightBefore + 119);
 
     EXPECT_EQ(records(), 2);
-    EXPECT_EQ(recorded(kMidnight + 60, "Type=1 and InstNum=1"), 21);
-    EXPECT_EQ(recorded(kMidnight + 60, "Type=2 and InstNum=8"), 45);
+    EXPECT_EQ(recorded(kMidnightBefore + 60, "Type=1 and InstNum=1"), 21);
+    EXPECT_EQ(recorded(kMidnightBefore + 60, "Type=2 and InstNum=8"), 45);
 }
 
 TEST_F(TemperaturesTest, TheNextMinuteIsRecordedToo) {
-    tables.show(warm(21, 45), kMidnight + 119);
-    tables.show(warm(22, 46), kMidnight + 120);
+    tables.show(warm(21, 45), kMidnightBefore + 119);
+    tables.show(warm(22, 46), kMidnightBefore + 120);
 
     EXPECT_EQ(records(), 4);
-    EXPECT_EQ(recorded(kMidnight + 120, "Type=1 and InstNum=1"), 22);
+    EXPECT_EQ(recorded(kMidnightBefore + 120, "Type=1 and InstNum=1"), 22);
 }
 
 TEST_F(TemperaturesTest, LatestTemperaturesFollowEveryChange) {
-    tables.show(warm(21, 45), kMidnight + 61);
-    tables.show(warm(21, -7), kMidnight + 62);
+    tables.show(warm(21, 45), kMidnightBefore + 61);
+    tables.show(warm(21, -7), kMidnightBefore + 62);
 
     EXPECT_EQ(tables.count("RealTimeThermalMem", "Timestamp=1748908862"), 2);
     EXPECT_EQ(static_cast<std::int32_t>(number("RealTimeThermalMem", "Value", "Type=2")), -7);
 }
 
 TEST_F(TemperaturesTest, ASensorThatFallsSilentHasNoLatestTemperature) {
-    tables.show(warm(21, 45), kMidnight + 61);
+    tables.show(warm(21, 45), kMidnightBefore + 61);
     Reading silent;
     silent.ambient_c = 21;
 
-    tables.show(silent, kMidnight + 62);
+    tables.show(silent, kMidnightBefore + 62);
 
     EXPECT_EQ(tables.count("RealTimeThermalMem", "Type=2"), 0);
     EXPECT_EQ(tables.count("RealTimeThermalMem", "Type=1"), 1);
 }
 
 TEST_F(TemperaturesTest, AMomentWithoutSensorsIsNotRecorded) {
-    tables.show(Reading{}, kMidnight);
+    tables.show(Reading{}, kMidnightBefore);
 
     EXPECT_EQ(records(), 0);
 }
 
 TEST_F(TemperaturesTest, ASaveCopiesTheRecordsThatAreNew) {
-    tables.show(warm(21, 45), kMidnight);
-    const std::array rows{row(kMidnight, 6)};
+    tables.show(warm(21, 45), kMidnightBefore);
+    const std::array rows{row(kMidnightBefore, 6)};
     tables.append(rows);
 
-    EXPECT_TRUE(tables.save(kMidnight, kMidnight));
-    EXPECT_TRUE(tables.save(kMidnight, kMidnight));
+    EXPECT_TRUE(tables.save(kMidnightBefore, kMidnightBefore));
+    EXPECT_TRUE(tables.save(kMidnightBefore, kMidnightBefore));
 
     EXPECT_EQ(tables.count("HistThermal24Hr", "Timestamp=1748908800"), 2);
 }

@@ -15,15 +15,6 @@
 #include "relay.h"
 #include "support/environment.h"
 
-// What send_ipmi_cmd() returns.
-inline constexpr int kNoRequest = 2;
-inline constexpr int kNotBuilt = 3;
-inline constexpr int kUnknownTransport = 4;
-inline constexpr int kNoAnswer = 5;
-inline constexpr int kTimedOut = 7;
-inline constexpr int kRefused = 8;
-inline constexpr int kUnreachable = 9;
-
 inline const std::vector<std::uint8_t> kDeviceId{0x20, 0x06, 0, 0x01};
 inline const std::vector<std::uint8_t> kGetCap{0x20, 0x3A, 0, 0x32, 0x03, 0, 0, 0, 0};
 
