@@ -36,7 +36,9 @@ constexpr const char* kFooter =
     "Signals: SIGTERM and SIGINT save and end, SIGHUP reads the configuration and the trace "
     "again,\n"
     "SIGUSR1 saves what is recorded.\n\n"
-    "Environment: VEKDB_STATE_DIR and VEKDB_RUNTIME_DIR say where the database is.\n\n"
+    "Environment: VEKDB_STATE_DIR and VEKDB_RUNTIME_DIR say where the database is, VEKDB_SERVER\n"
+    "names a MariaDB server to keep it on; VEKDB_IPMI and VEKDB_PROPS say where firmware and\n"
+    "properties are. See pwrmgtd(8).\n\n"
     "Exit codes: 0 ended as asked, everything saved; 1 failure (database, trace or lock file);\n"
     "2 wrong command line or configuration; 3 another pwrmgtd works on this database.";
 
