@@ -160,6 +160,23 @@ class OnServer(WayTest):
 
         self.assertEqual(daemon.end(signal.SIGTERM), 0)
 
+    def test_what_was_saved_is_shown_again_when_the_server_comes_back(self):
+        self.use_server()
+        daemon = self.daemon(*FROM_TRACE, "--persist-every", "2", clock=(UNTIL, 60))
+        newest = daemon.wait_for_slots(5)
+        before = self.recorded(newest)
+        self.server.end()
+        self.server.start()
+
+        daemon.wait_for_slots(2)
+
+        after = self.recorded(newest)
+        self.assertEqual(daemon.end(signal.SIGTERM), 0)
+        self.assertGreaterEqual(len(before), 4)
+        # The newest one or two may not have been saved yet.
+        saved = sorted(before)[:-2]
+        self.assertEqual({stamp: after.get(stamp) for stamp in saved}, {stamp: before[stamp] for stamp in saved})
+
 
 if __name__ == "__main__":
     unittest.main()

@@ -150,6 +150,12 @@ Exit run_daemon(const Options& options, const Process& process) {
             return Exit::failure;
     }
     if (!records) return Exit::ok;
+    if (!vekdb::choose_server().empty()) {
+        tables.when_emptied([&](std::int64_t emptied_s) {
+            return start_tables({tables, log, time_to_start_at(tables, emptied_s),
+                                 options.redundancy_mode, bay_setup(options, supplies)});
+        });
+    }
     Supervision supervision(options, std::move(source), tables, log, process.reread);
     return record(supervision, options, tables, process) ? Exit::ok : Exit::failure;
 }

@@ -91,6 +91,7 @@ bool Schedule::advance(std::int64_t now_s) {
 bool Schedule::enter_slot(std::int64_t now_s) {
     const std::int64_t slot_s = slot_start(now_s);
     if (open_s_ == slot_s) return false;
+    if (station_.tables.refill(now_s)) queue_lost_slots();
     station_.log.state("clock", why_not_recordable(now_s));
     if (!is_recordable(now_s) || is_behind(now_s)) {
         open_s_.reset();
@@ -140,6 +141,23 @@ void Schedule::start_over(std::int64_t now_s) {
     queued_.clear();
     first_unsaved_s_.reset();
     newest_s_ = newest_s;
+}
+
+// What was not saved yet went with the working tables: empty rows take its place.
+void Schedule::queue_lost_slots() {
+    if (const std::int64_t lost = unsaved_slots(); lost > 0) {
+        station_.log.warning(std::to_string(lost) + " slots that were not saved yet are lost");
+    }
+    first_unsaved_s_.reset();
+    std::optional<std::int64_t> kept_s;
+    if (!newest_s_ || !station_.tables.read_newest(kept_s) || !kept_s) return;
+    const SlotReadings none;
+    const std::int64_t next_s = queued_.empty() ? *newest_s_ + kSlot_s : queued_.front().stamp_s;
+    std::vector<Row> lost;
+    for (std::int64_t at_s = slot_start(*kept_s) + kSlot_s; at_s < next_s; at_s += kSlot_s) {
+        lost.push_back(none.row(at_s));
+    }
+    queued_.insert(queued_.begin(), lost.begin(), lost.end());
 }
 
 // The open slot and those that passed without a reading, at most those that a trim would leave.

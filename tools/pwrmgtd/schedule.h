@@ -74,6 +74,7 @@ private:
     bool is_believed() const;
     std::string why_behind(std::int64_t now_s) const;
     void start_over(std::int64_t now_s);
+    void queue_lost_slots();
     void queue_slots_before(std::int64_t slot_s, std::int64_t now_s);
     void write_queued(std::int64_t now_s);
     bool save(std::int64_t now_s);

@@ -124,10 +124,12 @@ void DatabaseTables::note_appended(const Appended& done, bool kept) {
 }
 
 std::size_t DatabaseTables::append(std::span<const Row> rows) {
+    if (unseen_) return 0;
     const bool begun = statement("BEGIN") == 0;
     const Appended done = append_each(rows);
     if (!begun) {
         note_appended(done, true);
+        has_rows_ |= done.rows > 0;
         return done.rows;
     }
     const bool whole = !fails(done.extra) && !fails(done.cpus);
@@ -136,6 +138,7 @@ std::size_t DatabaseTables::append(std::span<const Row> rows) {
     const bool kept = whole && ended == 0;
     note_appended(done, kept);
     if (kept || (whole && done.main == 0U)) note_status(log_, "storing slots", ended);
+    has_rows_ |= kept && done.rows > 0;
     return kept ? done.rows : 0;
 }
 
@@ -163,6 +166,19 @@ bool DatabaseTables::read_newest(std::optional<std::int64_t>& stamp_s) {
     stamp_s.reset();
     if (history->rows > 0) stamp_s = history->newest_s;
     return true;
+}
+
+// A row that is appended to a table that was emptied would make it look as if it had not been: none
+// is before the table has been seen.
+bool DatabaseTables::refill(std::int64_t now_s) {
+    if (!start_ || !has_rows_) return false;
+    const std::optional<Extent> history = extent(kWorkingHistory);
+    unseen_ = !note_status(log_, "newest row", history ? 0 : 3);
+    if (unseen_ || history->rows > 0) return false;
+    log_.warning("the working tables were emptied; filling them from the persistent ones");
+    unseen_ = !start_(now_s);
+    has_rows_ = unseen_;
+    return !unseen_;
 }
 
 bool DatabaseTables::remove_from(std::int64_t first_s) {

@@ -5,9 +5,11 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <optional>
 #include <span>
 #include <string>
+#include <utility>
 
 #include "log.h"
 #include "open_files.h"
@@ -49,6 +51,10 @@ public:
     // read.
     virtual bool read_newest(std::optional<std::int64_t>& stamp_s) = 0;
 
+    // Fills the working tables from the persistent ones when somebody else emptied them since the
+    // last row was appended; true when it did.
+    virtual bool refill(std::int64_t now_s) = 0;
+
     // What is open and not there any more, in words: nobody who opens the tables now sees what is
     // written to it. The empty text when all is in place.
     virtual std::string displaced() = 0;
@@ -70,7 +76,12 @@ public:
     bool save(std::int64_t first_s, std::int64_t last_s) override;
     bool trim_and_save(std::int64_t first_s, std::int64_t last_s, std::int64_t now_s) override;
     bool read_newest(std::optional<std::int64_t>& stamp_s) override;
+    bool refill(std::int64_t now_s) override;
     std::string displaced() override { return files_.displaced(); }
+
+    // A server keeps the working tables in its memory: `start` fills them again after it was
+    // started anew. Without it nothing is refilled.
+    void when_emptied(std::function<bool(std::int64_t now_s)> start) { start_ = std::move(start); }
 
     // Brings the thermal tables in order; called once, before the first reading.
     bool start_temperatures();
@@ -127,6 +138,9 @@ private:
     Log& log_;
     std::uint32_t connection_ = 0;
     OpenFiles files_;
+    std::function<bool(std::int64_t)> start_;
+    bool has_rows_ = false;  // appended since the tables were started
+    bool unseen_ = false;    // may have been emptied
     Temperatures temperatures_;
     Bays bays_;
 };

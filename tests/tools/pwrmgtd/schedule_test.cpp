@@ -220,6 +220,63 @@ TEST_F(ScheduleTest, DisplacedTablesAreTheEndAfterASave) {
     EXPECT_EQ(log.count("/run/a.sqlite is gone: ending"), 1U);
 }
 
+TEST_F(ScheduleTest, TablesThatSomebodyEmptiedHoldWhatWasSavedAndEmptyRowsForTheRest) {
+    ScriptedSource emptying([&](std::int64_t now_s) {
+        if (now_s == kNoon + 100) {
+            tables.working.clear();
+            tables.emptied = true;
+        }
+        return system_reading(5);
+    });
+    SimulatedClock clock(kNoon, kNoon + 185);
+
+    EXPECT_TRUE(Schedule({clock, emptying, tables, log, supervisor}, {1, 2, 3600}).run());
+
+    EXPECT_THAT(tables.stamps(),
+                ElementsAre(kNoon, kNoon + 30, kNoon + 60, kNoon + 90, kNoon + 120, kNoon + 150));
+    EXPECT_EQ(tables.watts_at(kNoon + 30), 5);
+    EXPECT_EQ(tables.watts_at(kNoon + 60), 65535);
+    EXPECT_EQ(tables.watts_at(kNoon + 90), 5);
+    EXPECT_EQ(tables.persistent.size(), 6U);
+    EXPECT_EQ(log.count("1 slots that were not saved yet are lost"), 1U);
+}
+
+TEST_F(ScheduleTest, RowsThatWaitedWhileTheTablesWereEmptiedAreKept) {
+    ScriptedSource emptying([&](std::int64_t now_s) {
+        tables.refuse_appends = now_s >= kNoon + 70 && now_s < kNoon + 110;
+        if (now_s == kNoon + 100) {
+            tables.working.clear();
+            tables.emptied = true;
+        }
+        return system_reading(5);
+    });
+    SimulatedClock clock(kNoon, kNoon + 155);
+
+    EXPECT_TRUE(Schedule({clock, emptying, tables, log, supervisor}, {1, 2, 3600}).run());
+
+    EXPECT_THAT(tables.stamps(),
+                ElementsAre(kNoon, kNoon + 30, kNoon + 60, kNoon + 90, kNoon + 120));
+    EXPECT_EQ(tables.watts_at(kNoon + 60), 5);
+    EXPECT_EQ(tables.watts_at(kNoon + 90), 5);
+    EXPECT_EQ(log.count("are lost"), 0U);
+}
+
+TEST_F(ScheduleTest, TablesThatWereEmptiedBeforeASaveBeginAnew) {
+    ScriptedSource emptying([&](std::int64_t now_s) {
+        if (now_s == kNoon + 70) {
+            tables.working.clear();
+            tables.emptied = true;
+        }
+        return system_reading(5);
+    });
+    SimulatedClock clock(kNoon, kNoon + 125);
+
+    EXPECT_TRUE(Schedule({clock, emptying, tables, log, supervisor}, {}).run());
+
+    EXPECT_THAT(tables.stamps(), ElementsAre(kNoon + 60, kNoon + 90));
+    EXPECT_EQ(tables.persistent.size(), 2U);
+}
+
 TEST_F(ScheduleTest, ALastSaveThatFailsMakesTheEndAFailure) {
     tables.refuse_saves = true;
 

@@ -147,6 +147,13 @@ public:
         return true;
     }
 
+    bool refill(std::int64_t) override {
+        if (!emptied) return false;
+        emptied = false;
+        working = persistent;
+        return true;
+    }
+
     std::string displaced() override { return displaced_file; }
 
     std::vector<std::int64_t> stamps() const {
@@ -174,6 +181,7 @@ public:
     std::size_t most_rows = 0;  // that ever stood in the working table
     bool refuse_appends = false;
     bool refuse_saves = false;
+    bool emptied = false;  // by somebody else
     std::string displaced_file;
 
 private:

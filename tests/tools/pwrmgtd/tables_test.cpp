@@ -263,6 +263,48 @@ TEST_F(TablesTest, ALogThatIsGoneIsNamed) {
     EXPECT_EQ(tables.displaced(), log_file + " is gone");
 }
 
+TEST_F(TablesTest, TablesThatWereEmptiedAreStartedAgainOnce) {
+    std::vector<std::int64_t> starts;
+    tables.when_emptied([&](std::int64_t now_s) {
+        starts.push_back(now_s);
+        return true;
+    });
+    const std::array rows{row(kMidnight, 5)};
+
+    EXPECT_FALSE(tables.refill(kMidnight)) << "nothing was appended yet";
+    tables.append(rows);
+    EXPECT_FALSE(tables.refill(kMidnight + 30)) << "nothing was emptied";
+    vek_db_delete(tables.connection(), "HistPowers24HrMem", "1=1");
+    EXPECT_TRUE(tables.refill(kMidnight + 60));
+    EXPECT_FALSE(tables.refill(kMidnight + 90)) << "started again already";
+
+    EXPECT_THAT(starts, ElementsAre(kMidnight + 60));
+    EXPECT_EQ(log.count("the working tables were emptied"), 1U);
+}
+
+TEST_F(TablesTest, NoRowIsAppendedToATableThatMayHaveBeenEmptied) {
+    bool starts = false;
+    tables.when_emptied([&](std::int64_t) { return starts; });
+    const std::array rows{row(kMidnight, 5)};
+    tables.append(rows);
+    vek_db_delete(tables.connection(), "HistPowers24HrMem", "1=1");
+
+    EXPECT_FALSE(tables.refill(kMidnight + 60)) << "the start failed";
+    EXPECT_EQ(tables.append(rows), 0U);
+    starts = true;
+    EXPECT_TRUE(tables.refill(kMidnight + 90));
+    EXPECT_EQ(tables.append(rows), 1U);
+}
+
+TEST_F(TablesTest, EmptiedFilesAreLeftAloneWithoutAStart) {
+    const std::array rows{row(kMidnight, 5)};
+    tables.append(rows);
+    vek_db_delete(tables.connection(), "HistPowers24HrMem", "1=1");
+
+    EXPECT_FALSE(tables.refill(kMidnight + 60));
+    EXPECT_EQ(tables.append(rows), 1U);
+}
+
 TEST_F(TablesTest, RemovingTakesBothTablesFromAStampOn) {
     const std::array rows{row(kMidnight, 6), row(kMidnight + 30, 7), row(kMidnight + 60, 8)};
     tables.append(rows);
