@@ -11,6 +11,7 @@ import pathlib
 import queue
 import random
 import resource
+import signal
 import sys
 import tempfile
 import time
@@ -75,6 +76,7 @@ def arguments():
     parser.add_argument("--root", type=pathlib.Path, default=here.parents[2])
     parser.add_argument("--tests", type=pathlib.Path, required=True, help="directory of the built test programs")
     parser.add_argument("--room", choices=workshop.ROOMS, action="append", help="only this room; may be given several times")
+    parser.add_argument("--file", action="append", help="only this file, as in src/db/text.h; may be given several times")
     parser.add_argument("--share", type=float, default=1.0, help="part of the mutants to try, 0..1")
     parser.add_argument("--seed", type=int, default=1, help="which part")
     parser.add_argument("--jobs", type=int, default=1, help="how many to try at a time")
@@ -104,11 +106,14 @@ def outcomes(options, record, scratch):
         return mutant, outcome
 
     with concurrent.futures.ThreadPoolExecutor(options.jobs) as pool:
-        yield from pool.map(outcome_of, chosen_mutants(options.root, rooms, options.share, options.seed))
+        chosen = chosen_mutants(options.root, rooms, options.share, options.seed)
+        yield from pool.map(outcome_of, [mutant for mutant in chosen if mutant.file in (options.file or [mutant.file])])
 
 
 def main():
     options = arguments()
+    # Ended by somebody, it takes its copy of the tree with it.
+    signal.signal(signal.SIGTERM, lambda number, _: sys.exit(128 + number))
     resource.setrlimit(resource.RLIMIT_AS, (MEMORY_OF_A_PROCESS, MEMORY_OF_A_PROCESS))
     resource.setrlimit(resource.RLIMIT_CORE, (0, 0))
     counts = dict.fromkeys(OUTCOMES, 0)

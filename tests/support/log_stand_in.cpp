@@ -12,6 +12,7 @@ extern "C" {
 void vsyslog(int priority, const char* format, va_list values);
 void syslog(int priority, const char* format, ...);
 void __syslog_chk(int priority, int flag, const char* format, ...);
+void __vsyslog_chk(int priority, int flag, const char* format, va_list values);
 }
 
 void vsyslog(int priority, const char* format, va_list values) {
@@ -33,4 +34,8 @@ void __syslog_chk(int priority, int, const char* format, ...) {
     va_start(values, format);
     vsyslog(priority, format, values);
     va_end(values);
+}
+
+void __vsyslog_chk(int priority, int, const char* format, va_list values) {
+    vsyslog(priority, format, values);
 }

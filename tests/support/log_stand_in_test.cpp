@@ -8,9 +8,19 @@
 
 using namespace pwrmgt::test;
 
-extern "C" void __syslog_chk(int priority, int flag, const char* format, ...);
+extern "C" {
+void __syslog_chk(int priority, int flag, const char* format, ...);
+void __vsyslog_chk(int priority, int flag, const char* format, va_list values);
+}
 
 namespace {
+
+void log_through_a_checked_list(int priority, const char* format, ...) {
+    va_list values;
+    va_start(values, format);
+    __vsyslog_chk(priority, 1, format, values);
+    va_end(values);
+}
 
 void log_through_a_list(int priority, const char* format, ...) {
     va_list values;
@@ -54,6 +64,7 @@ TEST_F(LogStandIn, LineOfAnArgumentListLandsThereToo) {
 
 TEST_F(LogStandIn, LineOfFortifiedCodeLandsThereToo) {
     __syslog_chk(11, 1, "mode [%d]", 2);
+    log_through_a_checked_list(11, "mode [%d]", 3);
 
-    EXPECT_EQ(platform().calls, Calls{"syslog 11 mode [2]"});
+    EXPECT_EQ(platform().calls, (Calls{"syslog 11 mode [2]", "syslog 11 mode [3]"}));
 }
