@@ -58,7 +58,7 @@ class Workshop:
     def _configure(self):
         run = subprocess.run(["cmake", "-S", self.tree, "-B", self.build, "-G", "Ninja", "-DCMAKE_BUILD_TYPE=Debug",
                               "-DPWRMGT_HOST_PLATFORM=OFF", "-DCMAKE_CXX_FLAGS_DEBUG=-O0", "-DPWRMGT_TESTS=ON",
-                              "-DPWRMGT_TEST_OPTIONS=-O0", "-DPWRMGT_WERROR=ON"],
+                              "-DPWRMGT_TEST_OPTIONS=-O0", "-DPWRMGT_TEST_UNITY=OFF", "-DPWRMGT_WERROR=ON"],
                              capture_output=True, text=True)
         if run.returncode != 0:
             raise Trouble(f"the unbroken tree cannot be configured\n{run.stdout}{run.stderr}")
