@@ -4,13 +4,13 @@
 
 # name | budget in seconds, from nothing on two cores with an empty compiler cache | what it shows
 STAGES=(
-    'gcc|420|g++, optimised as shipped: build everything, run every test'
-    'checks|80|include flow, headers alone, kept behaviours, documents, words, format, and their self-tests'
+    'gcc|350|g++, optimised as shipped: build everything, run every test'
+    'checks|60|include flow, headers alone, kept behaviours, documents, words, format, and their self-tests'
     'sanitizers|200|clang++ with AddressSanitizer and UndefinedBehaviorSanitizer: library and host platform, every test of theirs'
-    'fuzz|70|clang++ with libFuzzer: every fuzz target for a moment'
-    'arm|200|32-bit ARM: build the library and its recorder tests, run them under qemu-arm'
-    'threads|50|ThreadSanitizer over library and host platform: threads that query and write at once'
-    'coverage|40|the lines and branches of the library that its unit tests run'
+    'fuzz|50|clang++ with libFuzzer: every fuzz target for a moment'
+    'arm|160|32-bit ARM: build the library and its recorder tests, run them under qemu-arm'
+    'threads|40|ThreadSanitizer over library and host platform: threads that query and write at once'
+    'coverage|30|the lines and branches of the library that its unit tests run'
     'size|10|what the library costs, on the host and on ARM: size, relocations, largest frame, heap'
 )
 

@@ -50,8 +50,6 @@ TEST_F(ProcessesOnFiles, ChildOfAProcessWithConnectionsHoldsLocksOfItsOwn) {
     vek_db_close(held);
 }
 
-// The writer waits 200 ms for a gap between the readers, once in a thousand frames of a kilobyte: a
-// reader that the machine stops in the middle of a select for longer costs as many more.
 TEST_F(ProcessesOnFiles, LogStaysBoundedWhileReadersKeepReading) {
     std::atomic<bool> stop{false};
     std::array<std::chrono::milliseconds, 2> longest_select{};
@@ -79,10 +77,9 @@ TEST_F(ProcessesOnFiles, LogStaysBoundedWhileReadersKeepReading) {
     for (std::thread& reader : readers)
         reader.join();
 
-    const auto stopped_ms = (longest_select[0] + longest_select[1]).count();
-    const auto waits = static_cast<std::uintmax_t>(stopped_ms / 200);
-    EXPECT_LE(log_bytes, (8 + 2 * waits) << 20)
-        << "a reader was stopped for " << stopped_ms << " ms";
+    // A reader that the machine stops in the middle of a select holds the log for as long.
+    EXPECT_LE(log_bytes, 8u << 20) << "longest selects: " << longest_select[0].count() << " and "
+                                   << longest_select[1].count() << " ms";
     vek_db_close(db);
 }
 
